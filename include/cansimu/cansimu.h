@@ -1,0 +1,142 @@
+/*
+ * cansimu: a simulated CAN diagnostic interface box behind the flat C
+ * interface of the box's driver library.
+ *
+ * Every export uses the cdecl calling convention and, except CAN_DrvEnd,
+ * returns a CAN_STATUS. Records are laid out for the 32-bit host: fixed-width
+ * fields in offset order with natural alignment; on 64-bit targets pointer
+ * fields are 8 bytes wide and the rest follows from natural alignment.
+ * Memory handed to the host is allocated with malloc: event records are
+ * released with the level's ...FreeRxMsg, enumeration arrays with free().
+ */
+#ifndef CANSIMU_CANSIMU_H
+#define CANSIMU_CANSIMU_H
+
+#include <stdint.h>
+
+#if defined(_WIN32)
+#define CANSIMU_CALL __cdecl
+#define CANSIMU_API
+#elif defined(CANSIMU_BUILDING_LIBRARY)
+#define CANSIMU_CALL
+#define CANSIMU_API __attribute__((visibility("default")))
+#else
+#define CANSIMU_CALL
+#define CANSIMU_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Result of every CAN_* export except CAN_DrvEnd. An armed injection entry
+ * may make an export return any other value. */
+typedef uint32_t CAN_STATUS;
+
+#define E_SUCCESS 0u              /* success */
+#define E_BOARD_ERROR_1 1u        /* the simulated box refused the operation */
+#define E_BOARD_ERROR_2 2u        /* configured baud-rate outcome */
+#define E_NO_EVENT 3u             /* no event within the timeout; outputs null and 0 */
+#define E_INVALID 4u              /* invalid argument or state, allocation or queue failure */
+#define E_ALREADY_RESERVED 6u     /* the device or the port is already reserved */
+#define E_DISCONNECTED 7u         /* the simulated device or its port is disconnected */
+#define E_NOMEM 9u                /* configured baud-rate outcome */
+#define E_NOT_FOUND 13u           /* no device of that name, no port of that number */
+#define E_BAD_FILE 15u            /* the firmware file cannot be read or is no image */
+#define E_RECONF_PROGRESS 18u     /* configured baud-rate outcome */
+#define E_DENIED_KERNEL_ACCESS 19u /* configured baud-rate outcome */
+#define E_NULL_POINTER 21u        /* a required pointer is null, or a list already holds items */
+#define E_KERNEL_RW_ERROR 22u     /* configured baud-rate outcome */
+#define E_CHANNEL_REFUSED 26u     /* a one-to-one channel asked for on a port that has a channel */
+#define E_BUSOFF 27u              /* configured baud-rate outcome */
+
+/* Driver event types. */
+#define DRV_TYPE_ENDFIFO 0u       /* end marker: every word 0 */
+#define DRV_TYPE_DEVICE_100 100u  /* injected; data is a CAN_EnumDev */
+#define DRV_TYPE_DEVICE_101 101u  /* injected; data is a CAN_EnumDev */
+
+/* Device event types. */
+#define DEV_TYPE_ENDFIFO 0u
+#define DEV_TYPE_DISCONNECTED 101u
+#define DEV_TYPE_CONNECTED 102u
+#define DEV_TYPE_STATUS_PAIR 200u
+#define DEV_TYPE_CONFIG 201u
+#define DEV_TYPE_TENSION 202u
+#define DEV_TYPE_STATUS 203u
+#define DEV_TYPE_MODE 204u
+#define DEV_TYPE_RESET 205u
+#define DEV_TYPE_PROGRESS 1000u
+
+/* Driver event (24 bytes on 32-bit hosts). A record with type 0 and all
+ * other words 0 is the end marker. */
+typedef struct CAN_EventDrv {
+  uint32_t type;      /* event type */
+  uint32_t detail;    /* detail byte of an injected event, zero-extended */
+  uint32_t reserved1; /* always 0 */
+  uint32_t reserved2; /* always 0 */
+  void *data;         /* payload owned by the record, or null */
+  uint32_t reserved3; /* always 0 */
+} CAN_EventDrv;
+
+/* Device event (24 bytes on 32-bit hosts). For DEV_TYPE_PROGRESS, data holds
+ * the progress value itself rather than a pointer. */
+typedef struct CAN_EventDev {
+  uint32_t type;
+  uint32_t reserved1;
+  uint32_t reserved2;
+  uint32_t reserved3;
+  void *data;
+  uint32_t reserved4;
+} CAN_EventDev;
+
+/* One device as listed by CAN_DevEnumerate and carried by device events
+ * (276 bytes). */
+typedef struct CAN_EnumDev {
+  char name[128];         /* serial number, ANSI code page, zero-terminated */
+  uint8_t unused[136];    /* zeroed by the library */
+  uint32_t fixedOne;      /* always 1 */
+  uint8_t reserved;       /* 1 while the device is reserved */
+  uint8_t padding[3];     /* zeroed by the library */
+  uint32_t disconnected;  /* 1 while the device is disconnected */
+} CAN_EnumDev;
+
+/* The host's enumeration list; the host passes it with records null. */
+typedef struct CAN_EnumList {
+  uint32_t count;
+  void *records; /* malloc'd array, released by the host with free() */
+} CAN_EnumList;
+
+/* Stores the configuration path and reads the configuration file. Always 0. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DrvInit(const char *configPath);
+/* Destroys the simulated driver and forgets the configuration path. */
+CANSIMU_API void CANSIMU_CALL CAN_DrvEnd(void);
+/* Takes the oldest driver event, waiting up to timeoutMs: 0, 3 on timeout,
+ * 21 for a null pointer, 4 for a zero timeout. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DrvRxMsg(CAN_EventDrv **event, uint32_t *pending,
+                                                 uint32_t timeoutMs);
+/* Releases a record from CAN_DrvRxMsg with its payload; null is accepted. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DrvFreeRxMsg(CAN_EventDrv *event);
+/* Queues the driver end marker, waking a blocked CAN_DrvRxMsg. Always 0. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DrvEndFifo(void);
+
+/* Test hook: arms the status the next call of the named export returns, or,
+ * for "CAN_DrvRxMsg", "CAN_DevRxMsg" and "CAN_PrtRxMsg", queues an event of
+ * type `status` with the low byte of `detail`. */
+CANSIMU_API void CANSIMU_CALL setNextCANStatus(const char *exportName, uint32_t status,
+                                               uint32_t detail);
+
+/* Log-method setters of the original interface: accepted and ignored. */
+CANSIMU_API void CANSIMU_CALL setLogCriticalMethod(void *method);
+CANSIMU_API void CANSIMU_CALL setLogErrorMethod(void *method);
+CANSIMU_API void CANSIMU_CALL setLogFrameCriticalMethod(void *method);
+CANSIMU_API void CANSIMU_CALL setLogFrameErrorMethod(void *method);
+CANSIMU_API void CANSIMU_CALL setLogFrameInformationMethod(void *method);
+CANSIMU_API void CANSIMU_CALL setLogFrameWarningMethod(void *method);
+CANSIMU_API void CANSIMU_CALL setLogInformationMethod(void *method);
+CANSIMU_API void CANSIMU_CALL setLogWarningMethod(void *method);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* CANSIMU_CANSIMU_H */

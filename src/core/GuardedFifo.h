@@ -1,0 +1,97 @@
+// A first-in-first-out queue of event records shared between the host thread
+// that produces events and the host thread that waits for them.
+//
+// Two recursive mutexes guard it: every operation takes entryLock, then
+// queueLock, releases entryLock at once and works holding queueLock alone.
+// An auto-reset event wakes a waiting reader; no lock is held while waiting.
+// Because push signals even when nobody waits and only a waited read resets
+// the event, a read that took a record without waiting leaves the signal set:
+// the next read on an empty queue wakes at once and finds nothing (-1).
+#pragma once
+
+#include <ace/Event.h>
+#include <ace/Recursive_Thread_Mutex.h>
+#include <ace/Time_Value.h>
+#include <ace/Unbounded_Queue.h>
+
+#include <cstddef>
+
+template <class T> class GuardedFifo {
+public:
+  GuardedFifo() : signal_(0 /* auto reset */, 0 /* not signalled */) {}
+  virtual ~GuardedFifo() = default;
+  GuardedFifo(const GuardedFifo &) = delete;
+  GuardedFifo &operator=(const GuardedFifo &) = delete;
+
+  // Appends a copy of the record and sets the signal (also when the append
+  // failed). 0, or -1 when no memory was left for the list node.
+  int push(const T &record) {
+    QueueGuard guard(*this);
+    const int appended = queue_.enqueue_tail(record) == 0 ? 0 : -1;
+    signal_.signal();
+    return appended;
+  }
+
+  // Takes the oldest record into `out`. When the queue is empty, waits up to
+  // timeoutMs for a push. 0 = a record was taken, 1 = the wait timed out,
+  // -1 = woken but the queue was empty (`out` untouched).
+  int popWait(T &out, ACE_UINT32 timeoutMs) {
+    if (!isEmpty()) {
+      QueueGuard guard(*this);
+      return queue_.dequeue_head(out) == 0 ? 0 : -1;
+    }
+    // The wait is computed in 64-bit microseconds so that every 32-bit
+    // timeout waits exactly as long as it says.
+    const ACE_UINT64 micros = static_cast<ACE_UINT64>(timeoutMs) * 1000u;
+    const ACE_Time_Value relative(static_cast<time_t>(micros / 1000000u),
+                                  static_cast<suseconds_t>(micros % 1000000u));
+    if (signal_.wait(&relative, 0 /* relative time */) != 0)
+      return 1;
+    QueueGuard guard(*this);
+    const int taken = queue_.dequeue_head(out) == 0 ? 0 : -1;
+    signal_.reset();
+    return taken;
+  }
+
+  // Number of records queued.
+  size_t pendingCount() {
+    QueueGuard guard(*this);
+    return queue_.size();
+  }
+
+  bool isEmpty() {
+    QueueGuard guard(*this);
+    return queue_.is_empty();
+  }
+
+  // Removes every queued record, handing each to `release` in queue order,
+  // so an owner can free the payloads of records nobody will read.
+  template <class Release> void drain(Release release) {
+    QueueGuard guard(*this);
+    T record;
+    while (queue_.dequeue_head(record) == 0)
+      release(record);
+  }
+
+private:
+  // Takes entryLock, then queueLock, and gives entryLock back at once.
+  class QueueGuard {
+  public:
+    explicit QueueGuard(GuardedFifo &fifo) : fifo_(fifo) {
+      fifo_.entryLock_.acquire();
+      fifo_.queueLock_.acquire();
+      fifo_.entryLock_.release();
+    }
+    ~QueueGuard() { fifo_.queueLock_.release(); }
+    QueueGuard(const QueueGuard &) = delete;
+    QueueGuard &operator=(const QueueGuard &) = delete;
+
+  private:
+    GuardedFifo &fifo_;
+  };
+
+  ACE_Recursive_Thread_Mutex queueLock_;
+  ACE_Recursive_Thread_Mutex entryLock_;
+  ACE_Unbounded_Queue<T> queue_;
+  ACE_Event signal_;
+};

@@ -1,0 +1,37 @@
+#include "core/HexText.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+ACE_CString bytesToHex(const unsigned char *bytes, size_t count) {
+  static const char digits[] = "0123456789ABCDEF";
+  if (bytes == nullptr || count == 0)
+    return ACE_CString();
+  std::string text(count * 2, '0');
+  for (size_t i = 0; i < count; ++i) {
+    text[2 * i] = digits[bytes[i] >> 4];
+    text[2 * i + 1] = digits[bytes[i] & 0x0F];
+  }
+  return ACE_CString(text.c_str(), text.size());
+}
+
+namespace {
+unsigned hexValue(unsigned char c) { return c <= '9' ? c - 0x30u : c - 0x37u; }
+} // namespace
+
+unsigned char *hexToBytes(const char *text, size_t &count) {
+  const size_t length = text == nullptr ? 0 : std::strlen(text);
+  count = length / 2;
+  auto *bytes = static_cast<unsigned char *>(std::malloc(count == 0 ? 1 : count));
+  if (bytes == nullptr) {
+    count = 0;
+    return nullptr;
+  }
+  for (size_t i = 0; i < count; ++i) {
+    const auto high = hexValue(static_cast<unsigned char>(text[2 * i]));
+    const auto low = hexValue(static_cast<unsigned char>(text[2 * i + 1]));
+    bytes[i] = static_cast<unsigned char>(((high * 16u) | low) & 0xFFu);
+  }
+  return bytes;
+}

@@ -1,0 +1,37 @@
+// Base of every object filled from an XML file and refreshed when the file is
+// edited while the host runs. It owns the path and two modification times and
+// decides when the file is read again; the subclass drops its old content,
+// prepares and parses.
+#pragma once
+
+#include <ace/SString.h>
+#include <ace/Time_Value.h>
+
+class LecteurXML {
+public:
+  // Stores the path with every '/' turned into '\'. Reads nothing.
+  explicit LecteurXML(const ACE_WString &path);
+  virtual ~LecteurXML() = default;
+  LecteurXML(const LecteurXML &) = delete;
+  LecteurXML &operator=(const LecteurXML &) = delete;
+
+  // Re-reads the file when its modification time is strictly later than the
+  // one the last load recorded. False when nothing was (successfully) read.
+  virtual bool reloadIfChanged();
+
+  // Reads the file now. A file that exists in neither its wide nor its ANSI
+  // form is logged as unreachable and its path forgotten for good.
+  bool load();
+
+  const ACE_WString &path() const { return filePath; }
+
+protected:
+  virtual bool parse(const ACE_WString &path) = 0;
+  virtual void initContent() = 0;
+  virtual void clearContent() = 0;
+
+private:
+  ACE_WString filePath;
+  ACE_Time_Value loadedTime;
+  ACE_Time_Value fileTime;
+};

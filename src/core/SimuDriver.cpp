@@ -1,0 +1,120 @@
+#include "core/SimuDriver.h"
+
+#include "device/SimuDevice.h"
+#include "platform/TDomData.h"
+
+#include <cstdlib>
+
+namespace {
+SimuDriver *theDriver = nullptr;
+ACE_WString *storedPath = nullptr;
+} // namespace
+
+SimuDriver::SimuDriver(const ACE_WString &path)
+    : LecteurXML(path), device(std::make_unique<SimuDevice>()) {}
+
+SimuDriver::~SimuDriver() {
+  device.reset();
+  // Records nobody read are released as CAN_DrvFreeRxMsg would release them.
+  events.drain(releasePayload);
+}
+
+SimuDriver *SimuDriver::instance() {
+  if (theDriver == nullptr)
+    theDriver = new SimuDriver(configPath());
+  return theDriver;
+}
+
+SimuDriver *SimuDriver::existing() { return theDriver; }
+
+void SimuDriver::end() {
+  delete theDriver;
+  theDriver = nullptr;
+  setConfigPath(ACE_WString());
+}
+
+void SimuDriver::setConfigPath(const ACE_WString &path) {
+  if (storedPath != nullptr)
+    *storedPath = path;
+}
+
+const ACE_WString &SimuDriver::configPath() {
+  static const ACE_WString empty;
+  return storedPath != nullptr ? *storedPath : empty;
+}
+
+void SimuDriver::processAttach() {
+  if (storedPath == nullptr)
+    storedPath = new ACE_WString();
+}
+
+void SimuDriver::processDetach() {
+  delete storedPath;
+  storedPath = nullptr;
+}
+
+bool SimuDriver::parse(const ACE_WString &path) {
+  TDomData document;
+  document.load(path);
+  if (document.isNull())
+    return false;
+  ACE_Array<TDomData> found;
+  document.getSubNodesByTagName(L"MODECONSOLE", found, true);
+  consoleMode = found.size() != 0;
+  return true;
+}
+
+void SimuDriver::pushEndMarker() {
+  const CAN_EventDrv marker = {};
+  events.push(marker);
+}
+
+void SimuDriver::injectEvent(ACE_INT32 type, ACE_UINT8 detail) {
+  if (type == 0) {
+    pushEndMarker();
+    return;
+  }
+  if (type != 100 && type != 101)
+    return;
+  auto *description = static_cast<CAN_EnumDev *>(std::calloc(1, sizeof(CAN_EnumDev)));
+  if (description == nullptr)
+    return;
+  device->describe(*description);
+  CAN_EventDrv event = {};
+  event.type = static_cast<ACE_UINT32>(type);
+  event.detail = detail;
+  event.data = description;
+  if (events.push(event) != 0)
+    std::free(description);
+}
+
+CAN_STATUS SimuDriver::rxMsg(CAN_EventDrv **event, ACE_UINT32 *pending, ACE_UINT32 timeoutMs) {
+  *event = nullptr;
+  *pending = 0;
+  auto *record = static_cast<CAN_EventDrv *>(std::calloc(1, sizeof(CAN_EventDrv)));
+  // An edited configuration is re-read here, before any waiting.
+  reloadIfChanged();
+  // Without a record to hand out, leave the queue alone: nothing is lost.
+  if (record == nullptr)
+    return E_NO_EVENT;
+  if (events.popWait(*record, timeoutMs) != 0) {
+    std::free(record);
+    return E_NO_EVENT;
+  }
+  *event = record;
+  *pending = static_cast<ACE_UINT32>(events.pendingCount());
+  return E_SUCCESS;
+}
+
+void SimuDriver::releasePayload(CAN_EventDrv &event) {
+  if ((event.type == 100 || event.type == 101) && event.data != nullptr)
+    std::free(event.data);
+  event.data = nullptr;
+}
+
+void SimuDriver::freeRxMsg(CAN_EventDrv *event) {
+  if (event == nullptr)
+    return;
+  releasePayload(*event);
+  std::free(event);
+}

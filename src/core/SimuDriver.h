@@ -1,0 +1,58 @@
+// The root of the simulation: one per process, created on first use and
+// destroyed by CAN_DrvEnd. It owns the configuration file, the simulated
+// device and the driver-level event queue.
+#pragma once
+
+#include "cansimu/cansimu.h"
+#include "core/GuardedFifo.h"
+#include "core/LecteurXML.h"
+#include "core/SimuObject.h"
+
+#include <ace/SString.h>
+
+#include <memory>
+
+class SimuDevice;
+
+class SimuDriver : public SimuObject, public LecteurXML {
+public:
+  explicit SimuDriver(const ACE_WString &path);
+  ~SimuDriver() override;
+
+  // The driver, created from the stored configuration path on first use.
+  static SimuDriver *instance();
+  // The driver if one exists, without creating it.
+  static SimuDriver *existing();
+  // Destroys the driver, if any, and empties the stored path.
+  static void end();
+
+  // The configuration path given to CAN_DrvInit, used by the next creation.
+  static void setConfigPath(const ACE_WString &path);
+  static const ACE_WString &configPath();
+  // Process-wide state: built when the library is loaded, released when it
+  // is unloaded. A driver never ended is not destroyed.
+  static void processAttach();
+  static void processDetach();
+
+  // Queues a harness event: type 0 is the end marker, 100 and 101 carry a
+  // description of the device; other types queue nothing.
+  void injectEvent(ACE_INT32 type, ACE_UINT8 detail);
+  // Queues the end marker, waking a blocked reader.
+  void pushEndMarker();
+  // Timed read of the driver queue, for CAN_DrvRxMsg: 0 or 3.
+  CAN_STATUS rxMsg(CAN_EventDrv **event, ACE_UINT32 *pending, ACE_UINT32 timeoutMs);
+  // Releases a record from rxMsg together with its payload.
+  static void freeRxMsg(CAN_EventDrv *event);
+
+  bool consoleMode = false;
+  std::unique_ptr<SimuDevice> device;
+  GuardedFifo<CAN_EventDrv> events;
+
+protected:
+  bool parse(const ACE_WString &path) override;
+  void initContent() override {}
+  void clearContent() override {}
+
+private:
+  static void releasePayload(CAN_EventDrv &event);
+};

@@ -1,0 +1,31 @@
+// The parts of the logging stand-in that do not depend on the platform.
+#include "platform/TalvenLog_Static.h"
+
+#include <mutex>
+
+namespace {
+std::mutex &observerLock() {
+  static std::mutex lock;
+  return lock;
+}
+TalvenLog_Static::Observer &observerSlot() {
+  static TalvenLog_Static::Observer observer;
+  return observer;
+}
+} // namespace
+
+void TalvenLog_Static::logInformation_static(const ACE_WCHAR_T *source, const ACE_WCHAR_T *,
+                                             const ACE_WCHAR_T *, const ACE_WCHAR_T *text, ...) {
+  static const ACE_WCHAR_T empty[] = {0};
+  if (text == nullptr)
+    text = empty;
+  writeToSystemLog(source == nullptr ? empty : source, text);
+  std::lock_guard<std::mutex> guard(observerLock());
+  if (observerSlot())
+    observerSlot()(text);
+}
+
+void TalvenLog_Static::setObserver(Observer observer) {
+  std::lock_guard<std::mutex> guard(observerLock());
+  observerSlot() = std::move(observer);
+}

@@ -1,0 +1,46 @@
+// POSIX file-system boundary: paths are UTF-8, '\' separators become '/'.
+#include "platform/FileSystem.h"
+
+#include "platform/CodePage.h"
+
+#include <ace/OS_NS_stdio.h>
+#include <ace/OS_NS_sys_stat.h>
+#include <ace/OS_NS_unistd.h>
+
+ACE_CString systemPath(const char *path) {
+  ACE_CString mapped(path == nullptr ? "" : path);
+  for (size_t i = 0; i < mapped.length(); ++i)
+    if (mapped[i] == '\\')
+      mapped[i] = '/';
+  return mapped;
+}
+
+bool ansiFileExists(const char *path) {
+  if (path == nullptr || *path == '\0')
+    return false;
+  return ACE_OS::access(systemPath(path).c_str(), F_OK) == 0;
+}
+
+bool wideFileExists(const ACE_WCHAR_T *path) {
+  return ansiFileExists(toAnsi(path).get());
+}
+
+bool ansiModificationTime(const char *path, time_t &seconds) {
+  if (path == nullptr || *path == '\0')
+    return false;
+  ACE_stat status;
+  if (ACE_OS::stat(systemPath(path).c_str(), &status) != 0)
+    return false;
+  seconds = status.st_mtime;
+  return true;
+}
+
+FILE *ansiOpenFile(const char *path, const char *mode) {
+  if (path == nullptr || *path == '\0')
+    return nullptr;
+  return ACE_OS::fopen(systemPath(path).c_str(), mode);
+}
+
+FILE *wideOpenFile(const ACE_WCHAR_T *path, const char *mode) {
+  return ansiOpenFile(toAnsi(path).get(), mode);
+}
