@@ -1,0 +1,30 @@
+// A fresh temporary directory per test, removed with everything in it.
+#pragma once
+
+#include <string>
+
+class TempDir {
+public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir &) = delete;
+  TempDir &operator=(const TempDir &) = delete;
+
+  const std::string &path() const { return path_; }
+  // The path of `name` inside the directory (with '/').
+  std::string file(const std::string &name) const;
+
+private:
+  std::string path_;
+};
+
+// Writes `content` to `path`, replacing the file.
+void writeFile(const std::string &path, const std::string &content);
+
+// Sets the file's access and modification times to `seconds` since the epoch.
+void setModificationTime(const std::string &path, long long seconds);
+// The file's modification time in seconds since the epoch.
+long long modificationTime(const std::string &path);
+// Moves the file's modification time forward, to simulate an edit without
+// waiting for the clock.
+void touchForward(const std::string &path, long long seconds = 10);
