@@ -1,0 +1,36 @@
+# Checks that a built library exports exactly the names of the .def file.
+#   cmake -DLIBRARY=<file> -DDEF=<cansimu.def> -DTOOL=<nm> -P CheckExports.cmake
+# Reads the dynamic symbols the shared library defines.
+file(STRINGS ${DEF} def_lines)
+set(expected "")
+foreach(line IN LISTS def_lines)
+  string(STRIP "${line}" line)
+  if(line MATCHES "^[A-Za-z_][A-Za-z0-9_]*$" AND NOT line STREQUAL "EXPORTS")
+    list(APPEND expected ${line})
+  endif()
+endforeach()
+
+execute_process(COMMAND ${TOOL} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE listing
+                RESULT_VARIABLE failed)
+string(REGEX MATCHALL "[0-9a-fA-F]+ [A-Za-z] [^\n]+" rows "${listing}")
+set(actual "")
+foreach(row IN LISTS rows)
+  string(REGEX REPLACE "^[0-9a-fA-F]+ [A-Za-z] " "" name "${row}")
+  list(APPEND actual ${name})
+endforeach()
+if(failed)
+  message(FATAL_ERROR "${TOOL} failed on ${LIBRARY}")
+endif()
+
+list(SORT expected)
+list(SORT actual)
+list(REMOVE_DUPLICATES actual)
+if(NOT expected STREQUAL actual)
+  set(extra ${actual})
+  list(REMOVE_ITEM extra ${expected})
+  set(absent ${expected})
+  list(REMOVE_ITEM absent ${actual})
+  message(FATAL_ERROR "exports differ from ${DEF}\n  not exported: ${absent}\n  unexpected: ${extra}")
+endif()
+list(LENGTH actual count)
+message(STATUS "${count} exports, exactly those of ${DEF}")
