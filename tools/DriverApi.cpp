@@ -1,8 +1,8 @@
 #include "DriverApi.h"
 
 namespace {
-template <class F> bool bind(const LibraryLoader &library, const char *name, F &slot,
-                             std::string &missing) {
+template <class F>
+bool bind(const LibraryLoader &library, const char *name, F &slot, std::string &missing) {
   slot = reinterpret_cast<F>(library.symbol(name));
   if (slot == nullptr && missing.empty())
     missing = name;

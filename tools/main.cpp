@@ -63,8 +63,8 @@ void step(const std::string &call, CAN_STATUS status, const std::string &note = 
 std::string describeEvent(const CAN_EventDrv &event) {
   if (event.type == DRV_TYPE_ENDFIFO)
     return "end marker";
-  std::string text = "device event " + std::to_string(event.type) + ", detail " +
-                     std::to_string(event.detail);
+  std::string text =
+      "device event " + std::to_string(event.type) + ", detail " + std::to_string(event.detail);
   if (event.data != nullptr) {
     const auto *device = static_cast<const CAN_EnumDev *>(event.data);
     text += ", device \"" + std::string(device->name) + "\"";
@@ -89,8 +89,7 @@ int runDemo(const DriverApi &api, const std::string &config) {
 
   CAN_EventDrv *event = nullptr;
   uint32_t pending = 0;
-  step("CAN_DrvRxMsg(timeout 100 ms)", api.DrvRxMsg(&event, &pending, 100),
-       "nothing queued yet");
+  step("CAN_DrvRxMsg(timeout 100 ms)", api.DrvRxMsg(&event, &pending, 100), "nothing queued yet");
 
   api.setNextCANStatus("CAN_DrvRxMsg", DRV_TYPE_DEVICE_100, 7);
   std::printf("  %-44s %-22s %s\n", "setNextCANStatus(\"CAN_DrvRxMsg\", 100, 7)", "",

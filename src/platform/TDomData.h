@@ -24,8 +24,7 @@ public:
   // Fills `out` with every element named `tagName` below this node, in
   // document order. `deep` is accepted for the interface; the search always
   // covers the whole subtree. True when at least one element was found.
-  bool getSubNodesByTagName(const ACE_WString &tagName, ACE_Array<TDomData> &out,
-                            bool deep) const;
+  bool getSubNodesByTagName(const ACE_WString &tagName, ACE_Array<TDomData> &out, bool deep) const;
 
   // Gives the node's first child element (a null node when it has none).
   bool getFirstChildElement(TDomData &out, bool elementsOnly) const;

@@ -102,9 +102,8 @@ TEST(ExportFrame, NoExceptionLeavesAnExportAndEachIsLogged) {
     throw std::bad_alloc();
   });
   EXPECT_EQ(failed, E_INVALID);
-  const CAN_STATUS odd = ExportCall("CAN_DevGetMode", kDeviceFamily).run([]() -> CAN_STATUS {
-    throw 42;
-  });
+  const CAN_STATUS odd =
+      ExportCall("CAN_DevGetMode", kDeviceFamily).run([]() -> CAN_STATUS { throw 42; });
   EXPECT_EQ(odd, E_INVALID);
   EXPECT_EQ(log.count("CAN_DevGetMode(): unexpected failure"), 2u);
   EXPECT_NO_THROW(ExportCall::guardedVoid("CAN_DrvEnd", [] { throw std::runtime_error("x"); }));

@@ -4,12 +4,12 @@
 
 #include <stdio.h>
 
-#define EXPECT(condition)                                                                         \
-  do {                                                                                            \
-    if (!(condition)) {                                                                           \
-      fprintf(stderr, "%s:%d: expected %s\n", __FILE__, __LINE__, #condition);                    \
-      return 1;                                                                                   \
-    }                                                                                             \
+#define EXPECT(condition)                                                                          \
+  do {                                                                                             \
+    if (!(condition)) {                                                                            \
+      fprintf(stderr, "%s:%d: expected %s\n", __FILE__, __LINE__, #condition);                     \
+      return 1;                                                                                    \
+    }                                                                                              \
   } while (0)
 
 int main(void) {

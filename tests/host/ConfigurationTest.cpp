@@ -74,7 +74,9 @@ TEST_F(Configuration, FilesThatAreNotXmlLeaveTheDriverAsItWas) {
   ASSERT_EQ(CAN_DrvInit(path.c_str()), E_SUCCESS);
   ASSERT_TRUE(consoleMode());
   const std::string broken[] = {"", "not xml at all", "<CONFIGURATION><MODECONSOLE/>",
-                                std::string("\x7F" "ELF\x00\x01\x02\xFF", 8)};
+                                std::string("\x7F"
+                                            "ELF\x00\x01\x02\xFF",
+                                            8)};
   long long time = 1000000;
   for (const auto &content : broken) {
     writeFile(path, content);

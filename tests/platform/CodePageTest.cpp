@@ -26,7 +26,8 @@ TEST(CodePage, EmptyTextGivesAnEmptyTerminatedString) {
 
 TEST(CodePage, MalformedInputIsReplacedNotRejected) {
   // A lone continuation byte and a truncated sequence.
-  const auto wide = toWide("a\x80" "b\xC3");
+  const auto wide = toWide("a\x80"
+                           "b\xC3");
   ASSERT_NE(wide, nullptr);
   EXPECT_EQ(wide[0], L'a');
   EXPECT_EQ(wide[1], static_cast<ACE_WCHAR_T>(0xFFFD));

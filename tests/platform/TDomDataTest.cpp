@@ -1,5 +1,5 @@
-#include "platform/CodePage.h"
 #include "platform/TDomData.h"
+#include "platform/CodePage.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>

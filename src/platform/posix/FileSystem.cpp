@@ -21,9 +21,7 @@ bool ansiFileExists(const char *path) {
   return ACE_OS::access(systemPath(path).c_str(), F_OK) == 0;
 }
 
-bool wideFileExists(const ACE_WCHAR_T *path) {
-  return ansiFileExists(toAnsi(path).get());
-}
+bool wideFileExists(const ACE_WCHAR_T *path) { return ansiFileExists(toAnsi(path).get()); }
 
 bool ansiModificationTime(const char *path, time_t &seconds) {
   if (path == nullptr || *path == '\0')

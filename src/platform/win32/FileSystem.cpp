@@ -7,9 +7,7 @@
 
 #include <io.h>
 
-ACE_CString systemPath(const char *path) {
-  return ACE_CString(path == nullptr ? "" : path);
-}
+ACE_CString systemPath(const char *path) { return ACE_CString(path == nullptr ? "" : path); }
 
 bool ansiFileExists(const char *path) {
   if (path == nullptr || *path == '\0')
