@@ -2,13 +2,13 @@
 #include "cansimu/cansimu.h"
 #include "core/SimuDriver.h"
 #include "device/SimuDevice.h"
+#include "support/EventRecords.h"
 #include "support/TempDir.h"
 #include "support/XmlFiles.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstring>
 #include <thread>
 
 namespace {
@@ -114,8 +114,7 @@ TEST(Injection, EventType0WakesABlockedReaderWithTheEndMarker) {
   const CAN_STATUS status = CAN_DrvRxMsg(&event, &pending, 60000);
   harness.join();
   ASSERT_EQ(status, E_SUCCESS);
-  const CAN_EventDrv zero = {};
-  EXPECT_EQ(std::memcmp(event, &zero, sizeof zero), 0);
+  EXPECT_TRUE(isEndMarker(*event));
   CAN_DrvFreeRxMsg(event);
   CAN_DrvEnd();
 }
