@@ -1,3 +1,4 @@
+// Load and unload of the Windows DLL.
 #include "platform/LibraryHooks.h"
 
 #include <windows.h>
