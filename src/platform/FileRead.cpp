@@ -3,9 +3,9 @@
 
 #include <ace/OS_NS_stdio.h>
 
-bool readWholeFile(const ACE_WCHAR_T *path, std::vector<char> &content) {
+namespace {
+bool readAll(FILE *file, std::vector<char> &content) {
   content.clear();
-  FILE *file = wideOpenFile(path, "rb");
   if (file == nullptr)
     return false;
   char block[65536];
@@ -15,4 +15,13 @@ bool readWholeFile(const ACE_WCHAR_T *path, std::vector<char> &content) {
   const bool failed = ferror(file) != 0;
   ACE_OS::fclose(file);
   return !failed;
+}
+} // namespace
+
+bool readWholeFile(const ACE_WCHAR_T *path, std::vector<char> &content) {
+  return readAll(wideOpenFile(path, "rb"), content);
+}
+
+bool readWholeAnsiFile(const char *path, std::vector<char> &content) {
+  return readAll(ansiOpenFile(path, "rb"), content);
 }

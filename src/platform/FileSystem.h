@@ -30,3 +30,5 @@ ACE_CString systemPath(const char *path);
 // Reads a whole file, in binary mode, named by a wide path. False when it
 // cannot be opened or read.
 bool readWholeFile(const ACE_WCHAR_T *path, std::vector<char> &content);
+// The same for a path in the ANSI code page.
+bool readWholeAnsiFile(const char *path, std::vector<char> &content);

@@ -1,5 +1,6 @@
 #include "platform/TDomData.h"
 
+#include "platform/CodePage.h"
 #include "platform/FileSystem.h"
 
 #include <string>
@@ -37,7 +38,10 @@ TDomData::TDomData(std::shared_ptr<pugi::xml_document> document, pugi::xml_node 
 bool TDomData::load(const ACE_WString &path) {
   auto document = std::make_shared<pugi::xml_document>();
   std::vector<char> content;
-  const bool parsed = readWholeFile(path.c_str(), content) && !content.empty() &&
+  // A file found only under its ANSI name (Windows) is read by that name.
+  const bool read = readWholeFile(path.c_str(), content) ||
+                    readWholeAnsiFile(toAnsi(path.c_str()).get(), content);
+  const bool parsed = read && !content.empty() &&
                       document->load_buffer(content.data(), content.size()) &&
                       document->document_element();
   if (!parsed) {

@@ -1,4 +1,5 @@
 #include "core/LogMessage.h"
+#include "platform/CodePage.h"
 #include "platform/TalvenLog_Static.h"
 #include "support/LogCapture.h"
 
@@ -18,7 +19,7 @@ TEST(Logging, LogMessageHandsEveryLineToTheService) {
   const auto lines = log.lines();
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[0], "first");
-  EXPECT_EQ(lines[1], "second line \xC3\xA9");
+  EXPECT_EQ(lines[1], std::string(toAnsi(L"second line \xE9").get()));
 }
 
 TEST(Logging, WithoutConsoleModeNothingGoesToStandardOutput) {
