@@ -3,6 +3,7 @@
 #include "api/InjectionTable.h"
 #include "cansimu/cansimu.h"
 #include "core/SimuDriver.h"
+#include "device/SimuDevice.h"
 
 #include <cstring>
 
@@ -20,8 +21,10 @@ CANSIMU_API void CANSIMU_CALL setNextCANStatus(const char *exportName, uint32_t 
     // The three receive names queue an event instead of arming the table.
     if (named(name, "CAN_DrvRxMsg")) {
       SimuDriver::instance()->injectEvent(static_cast<ACE_INT32>(status), detailByte);
-    } else if (named(name, "CAN_DevRxMsg") || named(name, "CAN_PrtRxMsg")) {
-      // The device and port queues have no injectable events yet.
+    } else if (named(name, "CAN_DevRxMsg")) {
+      SimuDriver::instance()->device->injectEvent(static_cast<ACE_INT32>(status), detailByte);
+    } else if (named(name, "CAN_PrtRxMsg")) {
+      // The port queue has no injectable events yet.
     } else {
       InjectionTable::arm(name, InjectedStatus{status, detailByte});
     }
@@ -30,7 +33,7 @@ CANSIMU_API void CANSIMU_CALL setNextCANStatus(const char *exportName, uint32_t 
 
 // The host may install its own log methods; logging always goes to the
 // platform's logging service, so these accept anything and do nothing.
-#define CANSIMU_IGNORED_LOG_SETTER(name)                                                       \
+#define CANSIMU_IGNORED_LOG_SETTER(name)                                                           \
   CANSIMU_API void CANSIMU_CALL name(void *) {}
 CANSIMU_IGNORED_LOG_SETTER(setLogCriticalMethod)
 CANSIMU_IGNORED_LOG_SETTER(setLogErrorMethod)

@@ -1,5 +1,6 @@
 #include "core/SimuDriver.h"
 
+#include "core/LogMessage.h"
 #include "device/SimuDevice.h"
 #include "platform/TDomData.h"
 
@@ -61,7 +62,27 @@ bool SimuDriver::parse(const ACE_WString &path) {
   ACE_Array<TDomData> found;
   document.getSubNodesByTagName(L"MODECONSOLE", found, true);
   consoleMode = found.size() != 0;
+  // The device reads its section and hands the document on to its port.
+  device->readConfiguration(document);
   return true;
+}
+
+CAN_STATUS SimuDriver::enumerate(CAN_EnumList &list) {
+  if (list.records != nullptr) {
+    logMessage(L"CAN_DevEnumerate: the list already holds records");
+    return E_NULL_POINTER;
+  }
+  auto *record = static_cast<CAN_EnumDev *>(std::calloc(1, sizeof(CAN_EnumDev)));
+  if (record == nullptr)
+    return E_INVALID;
+  device->describe(*record);
+  list.count = 1;
+  list.records = record;
+  return E_SUCCESS;
+}
+
+CAN_STATUS SimuDriver::reserve(const char *name, void **handle) {
+  return device->reserve(name, handle);
 }
 
 void SimuDriver::pushEndMarker() {

@@ -34,6 +34,13 @@ public:
   static void processAttach();
   static void processDetach();
 
+  // Lists the driver's one device for CAN_DevEnumerate: 21 when the list
+  // already holds records (left untouched), 4 without memory; else count 1
+  // and a malloc'd CAN_EnumDev, 0. Works whether the device is connected.
+  CAN_STATUS enumerate(CAN_EnumList &list);
+  // Reserves the device by name for CAN_DevReservation (SimuDevice::reserve).
+  CAN_STATUS reserve(const char *name, void **handle);
+
   // Queues a harness event: type 0 is the end marker, 100 and 101 carry a
   // description of the device; other types queue nothing.
   void injectEvent(ACE_INT32 type, ACE_UINT8 detail);

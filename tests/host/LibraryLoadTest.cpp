@@ -22,16 +22,45 @@ using NoArgs = CAN_STATUS (*)();
 using End = void (*)();
 using FreeRx = CAN_STATUS (*)(CAN_EventDrv *);
 
+// Every name of the .def file, as a host resolves them.
+const char *const kExportNames[] = {"CAN_DrvInit",
+                                    "CAN_DrvEnd",
+                                    "CAN_DrvRxMsg",
+                                    "CAN_DrvFreeRxMsg",
+                                    "CAN_DrvEndFifo",
+                                    "CAN_DevEnumerate",
+                                    "CAN_DevRxMsg",
+                                    "CAN_DevFreeRxMsg",
+                                    "CAN_DevEndFifo",
+                                    "CAN_DevReservation",
+                                    "CAN_DevFree",
+                                    "CAN_DevSetMode",
+                                    "CAN_DevGetMode",
+                                    "CAN_DevGetConfig",
+                                    "CAN_DevGetTension",
+                                    "CAN_DevGetVersion",
+                                    "CAN_DevSetSleep",
+                                    "CAN_DevRunTest",
+                                    "CAN_DevSndGenericFrame",
+                                    "CAN_DevAutoConfig",
+                                    "CAN_DevAutoConfigRaz",
+                                    "CAN_DevHC16Reset",
+                                    "setNextCANStatus",
+                                    "setLogCriticalMethod",
+                                    "setLogErrorMethod",
+                                    "setLogFrameCriticalMethod",
+                                    "setLogFrameErrorMethod",
+                                    "setLogFrameInformationMethod",
+                                    "setLogFrameWarningMethod",
+                                    "setLogInformationMethod",
+                                    "setLogWarningMethod"};
+
 } // namespace
 
 TEST(LibraryLoad, EveryExportResolvesByName) {
   Library library;
   ASSERT_NE(library.handle, nullptr) << dlerror();
-  for (const char *name :
-       {"CAN_DrvInit", "CAN_DrvEnd", "CAN_DrvRxMsg", "CAN_DrvFreeRxMsg", "CAN_DrvEndFifo",
-        "setNextCANStatus", "setLogCriticalMethod", "setLogErrorMethod",
-        "setLogFrameCriticalMethod", "setLogFrameErrorMethod", "setLogFrameInformationMethod",
-        "setLogFrameWarningMethod", "setLogInformationMethod", "setLogWarningMethod"})
+  for (const char *name : kExportNames)
     EXPECT_NE(dlsym(library.handle, name), nullptr) << name;
   EXPECT_EQ(dlsym(library.handle, "logMessage"), nullptr) << "internals stay hidden";
 }
