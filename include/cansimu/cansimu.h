@@ -167,6 +167,12 @@ typedef struct CAN_TestDev {
   float secondValue;  /* 2.7 */
 } CAN_TestDev;
 
+/* Outcome of a firmware download (2 bytes), from CAN_DevBoardTeleFirm. */
+typedef struct DownloadResult {
+  uint8_t errorCode; /* 0, 0x82 after a simulated upload failure, or an injected detail */
+  uint8_t written;   /* 1 once the download has written the record */
+} DownloadResult;
+
 /* Stores the configuration path and reads the configuration file. Always 0. */
 CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DrvInit(const char *configPath);
 /* Destroys the simulated driver and forgets the configuration path. */
@@ -222,6 +228,14 @@ CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DevAutoConfigRaz(CAN_DEV_HANDLE device);
 /* Resets the box's processor: blocks 500 ms, then queues DEV_TYPE_RESET
  * (0xF4): 0, 7 while disconnected, 4 when the event cannot be queued. */
 CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DevHC16Reset(CAN_DEV_HANDLE device);
+/* Plays out a firmware download in mode 0: one DEV_TYPE_PROGRESS event every
+ * 50 ms (2 to 100), then takes over the versions of the application or boot
+ * image at firmwarePath: 0; 1 with {0x82, 1} when the configuration makes
+ * the upload fail; 4 outside mode 0; 7 while disconnected; 15 for a file
+ * that is no readable image. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DevBoardTeleFirm(CAN_DEV_HANDLE device,
+                                                         const char *firmwarePath,
+                                                         DownloadResult *result);
 
 /* Test hook: arms the status the next call of the named export returns, or,
  * for "CAN_DrvRxMsg", "CAN_DevRxMsg" and "CAN_PrtRxMsg", queues an event of

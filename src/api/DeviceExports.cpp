@@ -151,4 +151,15 @@ CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DevHC16Reset(CAN_DEV_HANDLE device) {
   });
 }
 
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DevBoardTeleFirm(CAN_DEV_HANDLE device,
+                                                         const char *firmwarePath,
+                                                         DownloadResult *result) {
+  return ExportCall("CAN_DevBoardTeleFirm", kDeviceFamily)
+      .require(device)
+      .require(firmwarePath)
+      .require(result)
+      .inject(result)
+      .run([&] { return deviceOf(device)->downloadFirmware(firmwarePath, result); });
+}
+
 } // extern "C"

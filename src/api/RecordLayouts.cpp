@@ -76,4 +76,8 @@ static_assert(sizeof(CAN_TestDev) == 12, "CAN_TestDev");
 CANSIMU_AT(CAN_TestDev, resultByte, 0);
 CANSIMU_AT(CAN_TestDev, firstValue, 4);
 CANSIMU_AT(CAN_TestDev, secondValue, 8);
+
+static_assert(sizeof(DownloadResult) == 2, "DownloadResult");
+CANSIMU_AT(DownloadResult, errorCode, 0);
+CANSIMU_AT(DownloadResult, written, 1);
 #undef CANSIMU_AT

@@ -53,6 +53,8 @@ public:
   CAN_STATUS hc16Reset();
   // Queues the end marker: 0, 7 while disconnected, 4 when the queue refuses.
   CAN_STATUS endFifo();
+  // Plays out a firmware download (FirmwareDownload.cpp).
+  CAN_STATUS downloadFirmware(const char *path, DownloadResult *result);
 
   // Timed read of the device queue, for CAN_DevRxMsg: first queues the
   // connection event the configuration calls for, then 0 or 3.

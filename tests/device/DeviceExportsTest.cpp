@@ -36,6 +36,7 @@ TEST_F(DeviceExports, EachNullPointerGets21AndLeavesTheArmedStatusForTheNextCall
   CAN_TensionDev tension;
   CAN_VersionDev version;
   CAN_TestDev test;
+  DownloadResult result;
   const char frame[8] = {};
   const std::vector<std::pair<const char *, std::function<CAN_STATUS()>>> calls = {
       {"CAN_DevEnumerate", [&] { return CAN_DevEnumerate(nullptr); }},
@@ -59,6 +60,9 @@ TEST_F(DeviceExports, EachNullPointerGets21AndLeavesTheArmedStatusForTheNextCall
       {"CAN_DevAutoConfig", [&] { return CAN_DevAutoConfig(nullptr); }},
       {"CAN_DevAutoConfigRaz", [&] { return CAN_DevAutoConfigRaz(nullptr); }},
       {"CAN_DevHC16Reset", [&] { return CAN_DevHC16Reset(nullptr); }},
+      {"CAN_DevBoardTeleFirm", [&] { return CAN_DevBoardTeleFirm(nullptr, "f", &result); }},
+      {"CAN_DevBoardTeleFirm", [&] { return CAN_DevBoardTeleFirm(device, nullptr, &result); }},
+      {"CAN_DevBoardTeleFirm", [&] { return CAN_DevBoardTeleFirm(device, "f", nullptr); }},
   };
   for (const auto &[name, call] : calls) {
     setNextCANStatus(name, 99, 0);
@@ -95,6 +99,13 @@ TEST_F(DeviceExports, AnArmedStatusAnswersInsteadOfTheOperationAndWritesItsDetai
   EXPECT_EQ(CAN_DevRunTest(device, 0, &test), 12u);
   EXPECT_EQ(test.resultByte, 0x34);
   EXPECT_EQ(test.padding[0], 0xEE);
+
+  // No sleep: the armed status answers before the download starts.
+  DownloadResult result = {0xEE, 0xEE};
+  setNextCANStatus("CAN_DevBoardTeleFirm", 3, 7);
+  EXPECT_EQ(CAN_DevBoardTeleFirm(device, "missing.bin", &result), 3u);
+  EXPECT_EQ(result.errorCode, 7);
+  EXPECT_EQ(result.written, 0xEE);
 
   CAN_EnumList list = {7, nullptr};
   setNextCANStatus("CAN_DevEnumerate", 30, 0);
@@ -259,6 +270,7 @@ TEST_F(DeviceExports, WhileDisconnectedTheDeviceCallsAnswer7AndChangeNothing) {
   config.ports = nullptr;
   CAN_TensionDev tension;
   CAN_VersionDev version;
+  DownloadResult result = {0xEE, 0xEE};
   EXPECT_EQ(CAN_DevSetMode(device, 2, &detail), E_DISCONNECTED);
   EXPECT_EQ(CAN_DevGetMode(device, &mode), E_DISCONNECTED);
   EXPECT_EQ(CAN_DevGetConfig(device, &config), E_DISCONNECTED);
@@ -267,7 +279,9 @@ TEST_F(DeviceExports, WhileDisconnectedTheDeviceCallsAnswer7AndChangeNothing) {
   EXPECT_EQ(CAN_DevSetSleep(device), E_DISCONNECTED);
   EXPECT_EQ(CAN_DevEndFifo(device), E_DISCONNECTED);
   EXPECT_EQ(CAN_DevHC16Reset(device), E_DISCONNECTED);
+  EXPECT_EQ(CAN_DevBoardTeleFirm(device, "missing.bin", &result), E_DISCONNECTED);
   EXPECT_EQ(config.ports, nullptr);
+  EXPECT_EQ(result.written, 0xEE);
   EXPECT_EQ(simuDevice().mode, 0u);
   EXPECT_TRUE(queueIsEmpty(device)) << "no event queued by a refused call";
 }

@@ -14,7 +14,9 @@ struct Library {
     if (handle != nullptr)
       dlclose(handle);
   }
-  template <class F> F get(const char *name) { return reinterpret_cast<F>(dlsym(handle, name)); }
+  template <class F> F get(const char *name) {
+    return reinterpret_cast<F>(dlsym(handle, name));
+  }
 };
 
 using RxMsg = CAN_STATUS (*)(CAN_EventDrv **, uint32_t *, uint32_t);
@@ -45,6 +47,7 @@ const char *const kExportNames[] = {"CAN_DrvInit",
                                     "CAN_DevAutoConfig",
                                     "CAN_DevAutoConfigRaz",
                                     "CAN_DevHC16Reset",
+                                    "CAN_DevBoardTeleFirm",
                                     "setNextCANStatus",
                                     "setLogCriticalMethod",
                                     "setLogErrorMethod",
@@ -62,7 +65,8 @@ TEST(LibraryLoad, EveryExportResolvesByName) {
   ASSERT_NE(library.handle, nullptr) << dlerror();
   for (const char *name : kExportNames)
     EXPECT_NE(dlsym(library.handle, name), nullptr) << name;
-  EXPECT_EQ(dlsym(library.handle, "logMessage"), nullptr) << "internals stay hidden";
+  EXPECT_EQ(dlsym(library.handle, "logMessage"), nullptr)
+      << "internals stay hidden";
 }
 
 TEST(LibraryLoad, AReloadedLibraryStartsFresh) {

@@ -1,0 +1,138 @@
+#include "device/FirmwareDownload.h"
+
+#include "core/HexText.h"
+#include "core/LogMessage.h"
+#include "device/SimuDevice.h"
+#include "platform/CodePage.h"
+#include "platform/FileSystem.h"
+
+#include <ace/OS_NS_stdio.h>
+#include <ace/OS_NS_unistd.h>
+#include <ace/Time_Value.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace {
+
+// The box reports progress in steps of 2 %, one every 50 ms, and a failing
+// upload gives up once it reaches 80 %.
+constexpr ACE_UINT32 kProgressStep = 2;
+constexpr ACE_UINT32 kProgressEnd = 100;
+constexpr ACE_UINT32 kFailurePoint = 80;
+const ACE_Time_Value kProgressInterval(0, 50000);
+constexpr ACE_UINT8 kUploadFailureCode = 0x82;
+
+// Where one kind of image keeps its identifier and version fields; the
+// fields follow the identifier at fixed distances.
+struct ImageLayout {
+  long identifierOffset;
+  const char *identifier;
+  ACE_CString FirmwareVersions::*checkSum;
+  ACE_CString FirmwareVersions::*version;
+  ACE_CString FirmwareVersions::*date;
+};
+
+const ImageLayout kBootImage = {754, "0268", &FirmwareVersions::BootCheckSum,
+                                &FirmwareVersions::BootVersion, &FirmwareVersions::BootDate};
+const ImageLayout kApplicationImage = {46, "0622", &FirmwareVersions::AppCheckSum,
+                                       &FirmwareVersions::AppVersion, &FirmwareVersions::AppDate};
+
+bool readImage(const char *path, const ImageLayout &layout, FirmwareVersions &out) {
+  FILE *file = ansiOpenFile(path, "rb");
+  if (file == nullptr)
+    return false;
+  const long at = layout.identifierOffset;
+  ACE_CString identifier;
+  const bool read = readField(file, at, 4, identifier, false) && identifier == layout.identifier &&
+                    readField(file, at + 4, 4, out.*layout.checkSum, false) &&
+                    readField(file, at + 8, 10, out.*layout.version, true) &&
+                    readField(file, at + 18, 18, out.*layout.date, true);
+  const bool closed = ACE_OS::fclose(file) == 0;
+  return read && closed;
+}
+
+ACE_WString wide(const char *text) { return toWideString(text); }
+
+} // namespace
+
+bool readField(FILE *file, long offset, size_t length, ACE_CString &text, bool hexadecimal) {
+  if (ACE_OS::fseek(file, offset, SEEK_SET) != 0)
+    return false;
+  // One more zero byte than the field, so the raw bytes always end as text.
+  std::string raw(length + 1, '\0');
+  if (ACE_OS::fread(&raw[0], 1, length, file) != length)
+    return false;
+  if (!hexadecimal) {
+    text = ACE_CString(raw.c_str());
+    return true;
+  }
+  size_t count = 0;
+  unsigned char *bytes = hexToBytes(raw.c_str(), count);
+  if (bytes == nullptr)
+    return false;
+  const auto *decoded = reinterpret_cast<const char *>(bytes);
+  const void *zero = std::memchr(decoded, 0, count);
+  const size_t kept =
+      zero == nullptr ? count : static_cast<size_t>(static_cast<const char *>(zero) - decoded);
+  text = ACE_CString(decoded, kept);
+  std::free(bytes);
+  return true;
+}
+
+bool readFirmwareFile(const char *bootPath, const char *appPath, FirmwareVersions &out) {
+  out = FirmwareVersions();
+  if (bootPath != nullptr && !readImage(bootPath, kBootImage, out))
+    return false;
+  if (appPath != nullptr && !readImage(appPath, kApplicationImage, out))
+    return false;
+  return true;
+}
+
+CAN_STATUS SimuDevice::downloadFirmware(const char *path, DownloadResult *result) {
+  if (!connected)
+    return E_DISCONNECTED;
+  if (mode != 0)
+    return E_INVALID;
+  result->errorCode = 0;
+  result->written = 1;
+  // The progress phase: the host's reader sees each step as it is queued.
+  for (ACE_UINT32 progress = kProgressStep; progress <= kProgressEnd; progress += kProgressStep) {
+    if (!queueProgress(progress))
+      return E_INVALID;
+    ACE_OS::sleep(kProgressInterval);
+    if (simulateUploadFailure && progress >= kFailurePoint)
+      break;
+  }
+  if (simulateUploadFailure) {
+    result->errorCode = kUploadFailureCode;
+    logMessage(L"Firmware download failed at 80 %, as SimulateUploadFailure asks");
+    return E_BOARD_ERROR_1;
+  }
+  // An application image wins over a boot image; each replaces only its own
+  // three texts.
+  FirmwareVersions image;
+  if (readFirmwareFile(nullptr, path, image)) {
+    versions.AppVersion = image.AppVersion;
+    versions.AppDate = image.AppDate;
+    versions.AppCheckSum = image.AppCheckSum;
+    logMessage(ACE_WString(L"Firmware download: application image <") + wide(path) +
+               ACE_WString(L">, version <") + wide(image.AppVersion.c_str()) + ACE_WString(L">"));
+    return E_SUCCESS;
+  }
+  if (readFirmwareFile(path, nullptr, image)) {
+    versions.BootVersion = image.BootVersion;
+    versions.BootDate = image.BootDate;
+    versions.BootCheckSum = image.BootCheckSum;
+    logMessage(ACE_WString(L"Firmware download: boot image <") + wide(path) +
+               ACE_WString(L">, version <") + wide(image.BootVersion.c_str()) + ACE_WString(L">"));
+    return E_SUCCESS;
+  }
+  if (!ansiFileExists(path))
+    logMessage(ACE_WString(L"The file <") + wide(path) + ACE_WString(L"> is unreachable"));
+  else
+    logMessage(ACE_WString(L"The firmware file <") + wide(path) +
+               ACE_WString(L"> is neither an application nor a boot image"));
+  return E_BAD_FILE;
+}
