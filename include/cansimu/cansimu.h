@@ -173,6 +173,177 @@ typedef struct DownloadResult {
   uint8_t written;   /* 1 once the download has written the record */
 } DownloadResult;
 
+/* Port event types with names; the other injectable types (300 to 322, 400,
+ * 401) carry the small payloads the port documents. */
+#define PRT_TYPE_ENDFIFO 0u
+#define PRT_TYPE_CAN_PARAM 311u
+#define PRT_TYPE_STATE 313u
+#define PRT_TYPE_MES_PHYS 320u
+#define PRT_TYPE_FRAME 323u
+
+/* Port event (24 bytes on 32-bit hosts). */
+typedef struct CAN_EventPort {
+  uint32_t type;
+  uint32_t reserved1;
+  uint32_t reserved2;
+  uint32_t reserved3;
+  void *data; /* payload of the type, or null */
+  uint32_t reserved4;
+} CAN_EventPort;
+
+/* Measured bus values, result of CAN_PrtGetMesPhys (24 bytes). */
+typedef struct CAN_MesPhysPort {
+  uint8_t resultByte;
+  uint8_t unused[3];
+  float batteryVoltage;
+  float canHmin;
+  float canHmax;
+  float canLmin;
+  float canLmax;
+} CAN_MesPhysPort;
+
+/* CAN parameter block of CAN_PrtSetCanParam and CAN_PrtGetCanParam (20
+ * bytes). The port stores the six parameters and gives them back unchanged. */
+typedef struct CAN_ParamPort {
+  uint8_t resultByte; /* never touched by the port; an injected detail goes here */
+  uint8_t unused1[3];
+  uint8_t param1;
+  uint8_t param2;
+  uint8_t param3;
+  uint8_t unused2;
+  uint32_t param4;
+  uint8_t param5;
+  uint8_t unused3[3];
+  uint32_t param6;
+} CAN_ParamPort;
+
+/* Port state, result of CAN_PrtPortGetState (20 bytes). */
+typedef struct CAN_StatePort {
+  uint8_t resultByte;
+  uint8_t unused[3];
+  uint32_t word4;     /* always 1 */
+  uint32_t word8;     /* always 1 */
+  uint32_t word12;    /* always 0 */
+  uint8_t bytes16[4]; /* always 0, 0xFF, 0, 0 */
+} CAN_StatePort;
+
+/* One 12-byte baud-rate setting, as the detection reads and writes it. */
+typedef struct CAN_BaudSetting {
+  uint8_t bytes[12];
+} CAN_BaudSetting;
+
+/* Request of CAN_PrtDetBaudRate: the candidate settings (the port reads the
+ * count and the first candidate). */
+typedef struct CAN_BaudSearchPort {
+  uint8_t unused1[4];
+  uint8_t candidateCount; /* the port refuses 0 */
+  uint8_t unused2[3];
+  CAN_BaudSetting candidates[1]; /* candidateCount settings follow */
+} CAN_BaudSearchPort;
+
+/* Answer of CAN_PrtDetBaudRate (16 bytes the port writes on success). */
+typedef struct CAN_BaudFoundPort {
+  uint8_t resultByte;
+  uint8_t unused[3];
+  CAN_BaudSetting found;
+} CAN_BaudFoundPort;
+
+/* One association of the host's table (28 bytes). */
+typedef struct CAN_AssocEntry {
+  uint8_t header[5];  /* copied, not interpreted */
+  uint8_t ecuAddress; /* diagnostic address of the ECU */
+  uint8_t unused[10]; /* copied, not interpreted */
+  uint32_t idTx;      /* identifier of the frames the host sends to the ECU */
+  uint32_t idRx;      /* identifier of the ECU's answers */
+  uint32_t trailer;   /* copied, not interpreted */
+} CAN_AssocEntry;
+
+/* Argument of CAN_PrtLoadAssocTable (8 bytes on 32-bit hosts). */
+typedef struct CAN_AssocTable {
+  uint32_t count;
+  CAN_AssocEntry *entries;
+} CAN_AssocTable;
+
+/* Result of CAN_PrtLoadAssocTable (2 bytes). */
+typedef struct AssocResult {
+  uint8_t resultByte;
+  uint8_t detail; /* why a table was refused */
+} AssocResult;
+
+/* One CAN frame (28 bytes): sent with CAN_PrtSendTrame, payload of
+ * PRT_TYPE_FRAME. */
+typedef struct CAN_FramePort {
+  uint32_t canId;
+  uint32_t reserved1; /* 0 in frames the port produces */
+  uint32_t reserved2; /* 0 in frames the port produces */
+  uint32_t length;    /* 0 to 8 */
+  uint8_t bytes[8];   /* bytes past length are 0 in frames the port produces */
+  uint32_t timestamp; /* low 32 bits of the high-resolution clock */
+} CAN_FramePort;
+
+/* Channel event types. */
+#define CHN_TYPE_ENDFIFO 0u
+
+/* Channel event (24 bytes on 32-bit hosts). */
+typedef struct CAN_EventChn {
+  uint32_t type;
+  uint32_t reserved1;
+  uint32_t reserved2;
+  uint32_t reserved3;
+  void *data;    /* a CAN_ChnResult, or null */
+  void *request; /* a copy of the request (CAN_DiagMsg), or null */
+} CAN_EventChn;
+
+/* Result of a diagnostic exchange: 24 bytes in the short form, 32 in the
+ * frame form (frameLength and frameData). */
+typedef struct CAN_ChnResult {
+  uint8_t resultCode;
+  uint8_t unused1[3];
+  uint32_t echoWord;
+  uint8_t echoByte2;
+  uint8_t responderAddress;
+  uint8_t unused2[2];
+  uint32_t channelType;
+  uint8_t echoByte1;
+  uint8_t unused3[3];
+  uint32_t timestamp; /* high-resolution clock in microseconds, low 32 bits */
+  uint16_t frameLength;
+  uint8_t unused4[2];
+  uint8_t *frameData; /* malloc'd frame bytes */
+} CAN_ChnResult;
+
+/* A diagnostic request (12 bytes on 32-bit hosts). */
+typedef struct CAN_DiagMsg {
+  uint32_t header; /* copied, not interpreted */
+  uint32_t length;
+  uint8_t *data;
+} CAN_DiagMsg;
+
+/* The host's channel configuration; only the fields the simulation reads are
+ * named (76 bytes on 32-bit hosts). */
+typedef struct CAN_ChnConfigRec {
+  uint8_t ecuAddress;
+  uint8_t echoByte1;
+  uint8_t echoByte2;
+  uint8_t unused1[9];
+  uint32_t startFrameLength;
+  uint8_t *startFrame;
+  uint8_t unused2[72 - 16 - sizeof(uint8_t *)];
+  uint32_t echoWord;
+} CAN_ChnConfigRec;
+
+/* One channel as listed by CAN_ChnEnumerate (20 bytes). */
+typedef struct CAN_ChnInfo {
+  uint32_t echoWord;
+  uint8_t echoByte2;
+  uint8_t ecuAddress;
+  uint8_t unused1[2];
+  uint32_t channelType;
+  uint8_t echoByte1;
+  uint8_t unused2[3];
+  uint32_t sessionOpen; /* 1 while the session is open */
+} CAN_ChnInfo;
+
 /* Stores the configuration path and reads the configuration file. Always 0. */
 CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DrvInit(const char *configPath);
 /* Destroys the simulated driver and forgets the configuration path. */
