@@ -1,82 +1,66 @@
-// Loads the shared library as a host does, by name at run time, unloads it
-// and loads it again in the same process.
+// Loads the shared library as a host does, by path at run time (dlopen or
+// LoadLibrary), resolves every export the .def file names, unloads it and
+// loads it again in the same process.
+#include "LibraryLoader.h"
 #include "cansimu/cansimu.h"
 
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 
-struct Library {
-  void *handle = dlopen(CANSIMU_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
-  ~Library() {
-    if (handle != nullptr)
-      dlclose(handle);
-  }
-  template <class F> F get(const char *name) {
-    return reinterpret_cast<F>(dlsym(handle, name));
-  }
-};
+using RxMsg = CAN_STATUS(CANSIMU_CALL *)(CAN_EventDrv **, uint32_t *, uint32_t);
+using NoArgs = CAN_STATUS(CANSIMU_CALL *)();
+using End = void(CANSIMU_CALL *)();
+using FreeRx = CAN_STATUS(CANSIMU_CALL *)(CAN_EventDrv *);
 
-using RxMsg = CAN_STATUS (*)(CAN_EventDrv **, uint32_t *, uint32_t);
-using NoArgs = CAN_STATUS (*)();
-using End = void (*)();
-using FreeRx = CAN_STATUS (*)(CAN_EventDrv *);
+template <class F> F entry(const LibraryLoader &library, const char *name) {
+  return reinterpret_cast<F>(library.symbol(name));
+}
 
-// Every name of the .def file, as a host resolves them.
-const char *const kExportNames[] = {"CAN_DrvInit",
-                                    "CAN_DrvEnd",
-                                    "CAN_DrvRxMsg",
-                                    "CAN_DrvFreeRxMsg",
-                                    "CAN_DrvEndFifo",
-                                    "CAN_DevEnumerate",
-                                    "CAN_DevRxMsg",
-                                    "CAN_DevFreeRxMsg",
-                                    "CAN_DevEndFifo",
-                                    "CAN_DevReservation",
-                                    "CAN_DevFree",
-                                    "CAN_DevSetMode",
-                                    "CAN_DevGetMode",
-                                    "CAN_DevGetConfig",
-                                    "CAN_DevGetTension",
-                                    "CAN_DevGetVersion",
-                                    "CAN_DevSetSleep",
-                                    "CAN_DevRunTest",
-                                    "CAN_DevSndGenericFrame",
-                                    "CAN_DevAutoConfig",
-                                    "CAN_DevAutoConfigRaz",
-                                    "CAN_DevHC16Reset",
-                                    "CAN_DevBoardTeleFirm",
-                                    "setNextCANStatus",
-                                    "setLogCriticalMethod",
-                                    "setLogErrorMethod",
-                                    "setLogFrameCriticalMethod",
-                                    "setLogFrameErrorMethod",
-                                    "setLogFrameInformationMethod",
-                                    "setLogFrameWarningMethod",
-                                    "setLogInformationMethod",
-                                    "setLogWarningMethod"};
+// The export names listed after EXPORTS in the .def file.
+std::vector<std::string> defExports() {
+  std::ifstream def(CANSIMU_DEF_FILE);
+  std::vector<std::string> names;
+  std::string line;
+  bool inExports = false;
+  while (std::getline(def, line)) {
+    std::istringstream words(line);
+    std::string word;
+    if (!(words >> word))
+      continue;
+    if (word == "EXPORTS")
+      inExports = true;
+    else if (inExports)
+      names.push_back(word);
+  }
+  return names;
+}
 
 } // namespace
 
-TEST(LibraryLoad, EveryExportResolvesByName) {
-  Library library;
-  ASSERT_NE(library.handle, nullptr) << dlerror();
-  for (const char *name : kExportNames)
-    EXPECT_NE(dlsym(library.handle, name), nullptr) << name;
-  EXPECT_EQ(dlsym(library.handle, "logMessage"), nullptr)
-      << "internals stay hidden";
+TEST(LibraryLoad, EveryExportOfTheDefFileResolvesByName) {
+  LibraryLoader library(CANSIMU_LIBRARY_PATH);
+  ASSERT_TRUE(library.loaded()) << library.error();
+  const auto names = defExports();
+  ASSERT_GE(names.size(), 14u);
+  for (const auto &name : names)
+    EXPECT_NE(library.symbol(name.c_str()), nullptr) << name;
+  EXPECT_EQ(library.symbol("logMessage"), nullptr) << "internals stay hidden";
 }
 
 TEST(LibraryLoad, AReloadedLibraryStartsFresh) {
   for (int round = 0; round < 3; ++round) {
-    Library library;
-    ASSERT_NE(library.handle, nullptr) << dlerror();
-    auto endFifo = library.get<NoArgs>("CAN_DrvEndFifo");
-    auto rxMsg = library.get<RxMsg>("CAN_DrvRxMsg");
-    auto freeRx = library.get<FreeRx>("CAN_DrvFreeRxMsg");
-    auto end = library.get<End>("CAN_DrvEnd");
+    LibraryLoader library(CANSIMU_LIBRARY_PATH);
+    ASSERT_TRUE(library.loaded()) << library.error();
+    auto endFifo = entry<NoArgs>(library, "CAN_DrvEndFifo");
+    auto rxMsg = entry<RxMsg>(library, "CAN_DrvRxMsg");
+    auto freeRx = entry<FreeRx>(library, "CAN_DrvFreeRxMsg");
+    auto end = entry<End>(library, "CAN_DrvEnd");
     CAN_EventDrv *event = nullptr;
     uint32_t pending = 0;
     // Nothing queued by the previous round survives the unload.
