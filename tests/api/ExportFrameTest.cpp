@@ -67,18 +67,17 @@ TEST(ExportFrame, OtherChecksComeAfterNullChecksAndBeforeInjection) {
   EXPECT_EQ(call(nullptr, false), E_NULL_POINTER);
   EXPECT_EQ(call(&p, false), E_INVALID);
   EXPECT_EQ(call(&p, true), 9u);
-}
 
-TEST(ExportFrame, ACheckWrittenAfterTheInjectionStepLetsTheArmedEntryAnswerFirst) {
+  // Written after the injection step, a check lets an armed entry answer first.
   setNextCANStatus("CAN_PrtEnumerate", 17, 0);
-  auto call = [] {
+  auto late = [] {
     return ExportCall("CAN_PrtEnumerate", kPortFamily)
         .inject()
         .check(false, E_NULL_POINTER)
         .run([] { return E_SUCCESS; });
   };
-  EXPECT_EQ(call(), 17u);
-  EXPECT_EQ(call(), E_NULL_POINTER);
+  EXPECT_EQ(late(), 17u);
+  EXPECT_EQ(late(), E_NULL_POINTER);
 }
 
 TEST(ExportFrame, RunThenInjectRunsTheOperationAndReplacesItsStatus) {
