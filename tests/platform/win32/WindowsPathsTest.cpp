@@ -77,7 +77,7 @@ TEST_F(WindowsPaths, AConfigurationInAFolderWithANonAsciiNameIsRead) {
 
 TEST_F(WindowsPaths, ForwardAndBackSlashesNameTheSameFile) {
   writeWide(wideDir + L"\\bench.xml", kConsoleConfig);
-  for (const std::string path : {dir.path() + "/bench.xml", dir.path() + "\\bench.xml"}) {
+  for (const std::string &path : {dir.path() + "/bench.xml", dir.path() + "\\bench.xml"}) {
     ASSERT_EQ(CAN_DrvInit(path.c_str()), E_SUCCESS);
     EXPECT_TRUE(SimuDriver::existing()->consoleMode) << path;
     CAN_DrvEnd();
