@@ -7,24 +7,15 @@
 #include <cstring>
 
 using namespace device_test;
-
-namespace {
-
 using DeviceConfiguration = DeviceTest;
-
-std::string uploadFailure(const std::string &value) {
-  return "<DEVICES SimulateUploadFailure='" + value + "'/>";
-}
-
-} // namespace
 
 TEST_F(DeviceConfiguration, OnlyTheExactStateTextMeansConnected) {
   const std::pair<std::string, bool> cases[] = {
-      {stateSection("DEV_TYPE_RCON"), true},
-      {stateSection("dev_type_rcon"), false},
-      {stateSection("DEV_TYPE_RCON "), false},
+      {"<CAN_DEVICESTATE>DEV_TYPE_RCON</CAN_DEVICESTATE>", true},
+      {"<CAN_DEVICESTATE>dev_type_rcon</CAN_DEVICESTATE>", false},
+      {"<CAN_DEVICESTATE>DEV_TYPE_RCON </CAN_DEVICESTATE>", false},
       {"<CAN_DEVICESTATE/>", false},
-      {stateSection("OFF") + "<DEVICESTATE>DEV_TYPE_RCON</DEVICESTATE>", false},
+      {kUnplugged + "<DEVICESTATE>DEV_TYPE_RCON</DEVICESTATE>", false},
       {"<DEVICESTATE>DEV_TYPE_RCON</DEVICESTATE>", true},
       {"<DEVICESTATE>OFF</DEVICESTATE>", false},
       {"", true},
@@ -36,17 +27,14 @@ TEST_F(DeviceConfiguration, OnlyTheExactStateTextMeansConnected) {
 }
 
 TEST_F(DeviceConfiguration, UnpluggingIsSeenAtTheNextDeviceReadAfterTheFileWasRead) {
-  init(namedDevice(stateSection("DEV_TYPE_RCON")));
+  init(namedDevice());
   CAN_DEV_HANDLE device = reserve();
   CAN_ModeDev mode;
-  // Saved but not yet read: CAN_DevRxMsg alone never reads the file.
-  save(namedDevice(stateSection("UNPLUGGED")));
-  EXPECT_TRUE(queueIsEmpty(device));
+  save(namedDevice(kUnplugged));
+  EXPECT_TRUE(queueIsEmpty(device)) << "CAN_DevRxMsg alone never reads the file";
   EXPECT_EQ(CAN_DevGetMode(device, &mode), E_SUCCESS);
-
-  // Read at the driver's poll; the host sees it at its next device read.
   pollDriver();
-  EXPECT_TRUE(simuDevice().port->deviceConnected);
+  EXPECT_TRUE(simuDevice().port->deviceConnected) << "read, not yet seen";
   DeviceEvent event = nextEvent(device);
   ASSERT_NE(event, nullptr);
   EXPECT_EQ(event->type, DEV_TYPE_DISCONNECTED);
@@ -55,7 +43,6 @@ TEST_F(DeviceConfiguration, UnpluggingIsSeenAtTheNextDeviceReadAfterTheFileWasRe
   EXPECT_EQ(CAN_DevGetMode(device, &mode), E_DISCONNECTED);
   EXPECT_TRUE(queueIsEmpty(device)) << "one event per change";
 
-  // A file with no state element plugs the box back in.
   edit(namedDevice());
   event = nextEvent(device);
   ASSERT_NE(event, nullptr);
@@ -64,63 +51,55 @@ TEST_F(DeviceConfiguration, UnpluggingIsSeenAtTheNextDeviceReadAfterTheFileWasRe
   EXPECT_EQ(CAN_DevGetMode(device, &mode), E_SUCCESS);
 }
 
-TEST_F(DeviceConfiguration, VoltagesReadTheirNumberPrefixAndEmptyKeepsTheOldValue) {
-  const std::pair<std::string, float> cases[] = {
-      {"12.5", 12.5f},
-      {"12.5V", 12.5f},
-      {" 7e-1", 0.7f},
-      {"abc", 0.0f},
-      {"13.75", 13.75f},
-      {"", 13.75f},
-      {"1e39", INFINITY},
-      {"-1e999", -INFINITY},
-      {std::string(4000, '9'), INFINITY},
-      {"0." + std::string(3000, '0') + "1", 0.0f},
-      {"4.2" + std::string(3000, 'x'), 4.2f},
-  };
+TEST_F(DeviceConfiguration, NumbersAreReadFromTheirPrefixAndAnEmptyVoltageKeepsTheOldValue) {
+  const std::pair<std::string, float> voltages[] = {{"12.5", 12.5f},
+                                                    {"12.5V", 12.5f},
+                                                    {" 7e-1", 0.7f},
+                                                    {"abc", 0.0f},
+                                                    {"13.75", 13.75f},
+                                                    {"", 13.75f},
+                                                    {"1e39", INFINITY},
+                                                    {"-1e999", -INFINITY},
+                                                    {std::string(4000, '9'), INFINITY},
+                                                    {"0." + std::string(3000, '0') + "1", 0.0f},
+                                                    {"4.2" + std::string(3000, 'x'), 4.2f}};
   init(namedDevice("<VOLTAGES APCKelmora='5'/>"));
-  for (const auto &[text, expected] : cases) {
+  for (const auto &[text, expected] : voltages) {
     edit(namedDevice("<VOLTAGES VBatt='" + text + "'/>"));
     EXPECT_FLOAT_EQ(simuDevice().batteryVoltage, expected) << text.substr(0, 20);
     EXPECT_FLOAT_EQ(simuDevice().apcKelmora, 5.0f) << "an absent attribute keeps its value";
   }
   EXPECT_EQ(log.count("VOLTAGES VBatt <abc> holds no number: read as 0"), 1u);
   EXPECT_EQ(log.count("VOLTAGES VBatt <1e39> is beyond a 32-bit float"), 1u);
-}
 
-TEST_F(DeviceConfiguration, TheUploadFailureSwitchIsOnForAnyNonZeroInteger) {
-  const std::pair<std::string, bool> cases[] = {
-      {uploadFailure("1"), true},   {uploadFailure("-1"), true},
-      {uploadFailure(" 2x"), true}, {uploadFailure("99999999999999999999999"), true},
-      {uploadFailure("0"), false},  {uploadFailure("true"), false},
-      {uploadFailure(""), false},   {uploadFailure("1"), true},
-      {"", false} /* removed */,
-  };
-  init(namedDevice());
-  for (const auto &[sections, on] : cases) {
-    edit(namedDevice(sections));
-    EXPECT_EQ(simuDevice().simulateUploadFailure, on) << sections;
+  // The upload failure switch is on for any non-zero integer; removed is off.
+  const std::pair<const char *, bool> switches[] = {
+      {"1", true},     {"-1", true},    {" 2x", true}, {"99999999999999999999999", true},
+      {"0", false},    {"true", false}, {"", false},   {"1", true},
+      {nullptr, false}};
+  for (const auto &[value, on] : switches) {
+    edit(namedDevice(value ? "<DEVICES SimulateUploadFailure='" + std::string(value) + "'/>" : ""));
+    EXPECT_EQ(simuDevice().simulateUploadFailure, on) << (value ? value : "removed");
   }
 }
 
-TEST_F(DeviceConfiguration, TheSerialNumberIsTheFirstFoundAndSurvivesAReadWithoutOne) {
+TEST_F(DeviceConfiguration, TheFirstSerialNumberNamesTheDeviceAndSurvivesAReadWithoutOne) {
   init(ConfigurationFile().section(serialSection("FIRST")).section(serialSection("SECOND")));
   CAN_DEV_HANDLE device = reserve("FIRST");
   edit(ConfigurationFile());
   EXPECT_EQ(CAN_DevFree(device), E_SUCCESS);
   EXPECT_EQ(reserve("FIRST"), device) << "still found by its old name";
-}
 
-TEST_F(DeviceConfiguration, AVeryLongSerialNumberIsCutOnlyInTheEnumerationRecord) {
   const std::string serial(5000, 'S');
-  init(ConfigurationFile().section(serialSection(serial)));
+  edit(ConfigurationFile().section(serialSection(serial)));
   CAN_EnumList list = {};
   ASSERT_EQ(CAN_DevEnumerate(&list), E_SUCCESS);
   const auto *record = static_cast<const CAN_EnumDev *>(list.records);
-  EXPECT_EQ(std::strlen(record->name), 127u);
+  EXPECT_EQ(std::strlen(record->name), 127u) << "cut only in the enumeration record";
   EXPECT_EQ(record->fixedOne, 1u) << "nothing after the name was overrun";
   free(list.records);
-  EXPECT_NE(reserve(serial.c_str()), nullptr) << "reservation compares the whole name";
+  EXPECT_EQ(CAN_DevFree(device), E_SUCCESS);
+  EXPECT_EQ(reserve(serial.c_str()), device) << "reservation compares the whole name";
 }
 
 TEST_F(DeviceConfiguration, VersionAttributesReplaceOnlyWhereTheyHaveAValue) {

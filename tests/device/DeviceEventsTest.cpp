@@ -1,19 +1,18 @@
-// The device event queue: timed reads, events injected by a test harness
-// with their payloads, and the release of every payload, whether the host
-// frees the record or the device is destroyed with events still queued.
+// The device event queue: timed reads, events injected by a test harness with
+// their payloads, and the release of every payload, whether the host frees the
+// record or the device is destroyed with events still queued (a payload left
+// behind is a leak under the sanitizer build).
 #include "DeviceFixture.h"
 
 #include <chrono>
 #include <cstdint>
 
 using namespace device_test;
+using DeviceEvents = DeviceTest;
 
 namespace {
 
-using DeviceEvents = DeviceTest;
-
 void inject(uint32_t type, uint32_t value) { setNextCANStatus("CAN_DevRxMsg", type, value); }
-
 const uint32_t kEveryType[] = {101, 102, 200, 201, 202, 203, 204, 205, 1000, 0};
 
 template <class Record> const Record &payload(const DeviceEvent &event) {
@@ -22,12 +21,15 @@ template <class Record> const Record &payload(const DeviceEvent &event) {
 
 } // namespace
 
-TEST_F(DeviceEvents, AnEmptyQueueTimesOutWithNoEvent) {
+TEST_F(DeviceEvents, AnEmptyQueueTimesOutWithNoEventAndUnknownTypesQueueNothing) {
   init(namedDevice());
+  CAN_DEV_HANDLE device = reserve();
+  for (uint32_t type : {1u, 100u, 103u, 150u, 199u, 206u, 999u, 1001u, 0xFFFFFFFFu})
+    inject(type, 1);
   CAN_EventDev *event = reinterpret_cast<CAN_EventDev *>(&event);
   uint32_t pending = 7;
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(CAN_DevRxMsg(reserve(), &event, &pending, 100), E_NO_EVENT);
+  EXPECT_EQ(CAN_DevRxMsg(device, &event, &pending, 100), E_NO_EVENT);
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
   EXPECT_EQ(event, nullptr);
   EXPECT_EQ(pending, 0u);
@@ -64,6 +66,7 @@ TEST_F(DeviceEvents, EachInjectedTypeCarriesItsPayload) {
   event = nextEvent(device);
   ASSERT_EQ(event->type, DEV_TYPE_TENSION);
   EXPECT_FLOAT_EQ(payload<CAN_TensionDev>(event).batteryVoltage, 12.5f);
+  EXPECT_FLOAT_EQ(payload<CAN_TensionDev>(event).apcKelmora, 5.5f);
   EXPECT_FLOAT_EQ(payload<CAN_TensionDev>(event).apcDravik, 3.25f);
   event = nextEvent(device);
   ASSERT_EQ(event->type, DEV_TYPE_STATUS);
@@ -84,22 +87,13 @@ TEST_F(DeviceEvents, EachInjectedTypeCarriesItsPayload) {
   EXPECT_EQ(pending, 0u);
 }
 
-TEST_F(DeviceEvents, UnknownTypesQueueNothing) {
-  init(namedDevice());
-  CAN_DEV_HANDLE device = reserve();
-  for (uint32_t type : {1u, 100u, 103u, 150u, 199u, 206u, 999u, 1001u, 0xFFFFFFFFu})
-    inject(type, 1);
-  EXPECT_TRUE(queueIsEmpty(device));
-}
-
 TEST_F(DeviceEvents, InjectedEventsChangeNoStateAndTheEndMarkerNeedsAConnection) {
   init(namedDevice());
   CAN_DEV_HANDLE device = reserve();
   inject(DEV_TYPE_DISCONNECTED, 0);
   EXPECT_EQ(nextEvent(device)->type, DEV_TYPE_DISCONNECTED);
   EXPECT_TRUE(simuDevice().connected);
-
-  edit(namedDevice(stateSection("UNPLUGGED")));
+  edit(namedDevice(kUnplugged));
   EXPECT_EQ(nextEvent(device)->type, DEV_TYPE_DISCONNECTED);
   inject(0, 0);
   inject(DEV_TYPE_CONNECTED, 0);
@@ -109,9 +103,11 @@ TEST_F(DeviceEvents, InjectedEventsChangeNoStateAndTheEndMarkerNeedsAConnection)
   EXPECT_FALSE(simuDevice().connected);
 }
 
-TEST_F(DeviceEvents, AConfigEventWithoutItsPortArrayReleasesOnlyTheRecord) {
+TEST_F(DeviceEvents, PayloadsAreReleasedByTheHostOrWithTheDevice) {
   init(namedDevice());
   CAN_DEV_HANDLE device = reserve();
+  // A config record without its port array, or with a count of 0, releases
+  // only the record.
   inject(DEV_TYPE_CONFIG, 0);
   inject(DEV_TYPE_CONFIG, 0);
   DeviceEvent event = nextEvent(device);
@@ -119,15 +115,11 @@ TEST_F(DeviceEvents, AConfigEventWithoutItsPortArrayReleasesOnlyTheRecord) {
   free(config->ports);
   config->ports = nullptr;
   event = nextEvent(device);
-  // A count of 0 also means there is no array to release.
   config = static_cast<CAN_ConfigDev *>(event->data);
   free(config->ports);
   config->count = 0;
-}
-
-// Under the sanitizer build a payload left behind is reported as a leak.
-TEST_F(DeviceEvents, EventsStillQueuedAreReleasedWithTheDevice) {
-  init(namedDevice());
+  event.reset();
+  // Events still queued are released with the device.
   for (uint32_t type : kEveryType)
     inject(type, 1);
   EXPECT_EQ(simuDevice().events.pendingCount(), 10u);

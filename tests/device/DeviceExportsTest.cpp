@@ -1,30 +1,15 @@
-// The CAN_Dev* exports as a host calls them: the frame's checks and armed
-// statuses, enumeration, reservation, mode, the answer records and the reset.
+// The CAN_Dev* exports as a host calls them.
 #include "DeviceFixture.h"
 #include "api/InjectionTable.h"
 
 #include <chrono>
 #include <cstring>
 #include <functional>
+#include <string>
 #include <vector>
 
 using namespace device_test;
-
-namespace {
-
 using DeviceExports = DeviceTest;
-
-const std::string kVersions =
-    "<CAN_FIRMWAREVERSION BootVersion='B1.20' BootDate='01/02/2003' BootCheckSum='BC01' "
-    "AppVersion='A4.56' AppDate='04/05/2006' AppCheckSum='AC02'/>";
-
-bool stillArmed(const char *name) {
-  ACE_UINT32 status = 0;
-  ACE_UINT8 detail = 0;
-  return takeInjectedStatus(name, status, detail) && status == 99;
-}
-
-} // namespace
 
 TEST_F(DeviceExports, EachNullPointerGets21AndLeavesTheArmedStatusForTheNextCall) {
   init(namedDevice());
@@ -67,10 +52,11 @@ TEST_F(DeviceExports, EachNullPointerGets21AndLeavesTheArmedStatusForTheNextCall
   for (const auto &[name, call] : calls) {
     setNextCANStatus(name, 99, 0);
     EXPECT_EQ(call(), E_NULL_POINTER) << name;
-    EXPECT_TRUE(stillArmed(name)) << name;
+    ACE_UINT32 status = 0;
+    ACE_UINT8 armedDetail = 0;
+    EXPECT_TRUE(takeInjectedStatus(name, status, armedDetail) && status == 99) << name;
   }
   EXPECT_EQ(CAN_DevRunTest(device, 0, nullptr), E_INVALID) << "the one mixed case";
-  // The exports without an injection step check their pointers too.
   CAN_EventDev *event = nullptr;
   uint32_t pending = 0;
   EXPECT_EQ(CAN_DevRxMsg(nullptr, &event, &pending, 0), E_NULL_POINTER);
@@ -80,57 +66,6 @@ TEST_F(DeviceExports, EachNullPointerGets21AndLeavesTheArmedStatusForTheNextCall
   EXPECT_EQ(CAN_DevEndFifo(nullptr), E_NULL_POINTER);
   EXPECT_EQ(CAN_DevFree(nullptr), E_NULL_POINTER);
   EXPECT_EQ(CAN_DevFreeRxMsg(nullptr), E_SUCCESS);
-}
-
-TEST_F(DeviceExports, AnArmedStatusAnswersInsteadOfTheOperationAndWritesItsDetail) {
-  init(namedDevice());
-  CAN_DEV_HANDLE device = reserve();
-  uint8_t detail = 0;
-  setNextCANStatus("CAN_DevSetMode", 0, 5);
-  EXPECT_EQ(CAN_DevSetMode(device, 3, &detail), E_SUCCESS);
-  EXPECT_EQ(detail, 5);
-  EXPECT_EQ(simuDevice().mode, 0u);
-  EXPECT_EQ(CAN_DevSetMode(device, 3, &detail), E_SUCCESS);
-  EXPECT_EQ(simuDevice().mode, 3u);
-
-  CAN_TestDev test;
-  std::memset(&test, 0xEE, sizeof test);
-  setNextCANStatus("CAN_DevRunTest", 12, 0x1234);
-  EXPECT_EQ(CAN_DevRunTest(device, 0, &test), 12u);
-  EXPECT_EQ(test.resultByte, 0x34);
-  EXPECT_EQ(test.padding[0], 0xEE);
-
-  // No sleep: the armed status answers before the download starts.
-  DownloadResult result = {0xEE, 0xEE};
-  setNextCANStatus("CAN_DevBoardTeleFirm", 3, 7);
-  EXPECT_EQ(CAN_DevBoardTeleFirm(device, "missing.bin", &result), 3u);
-  EXPECT_EQ(result.errorCode, 7);
-  EXPECT_EQ(result.written, 0xEE);
-
-  CAN_EnumList list = {7, nullptr};
-  setNextCANStatus("CAN_DevEnumerate", 30, 0);
-  EXPECT_EQ(CAN_DevEnumerate(&list), 30u);
-  EXPECT_EQ(list.count, 7u);
-  EXPECT_EQ(list.records, nullptr);
-
-  // Names without an injection step are never looked up.
-  setNextCANStatus("CAN_DevEndFifo", 99, 0);
-  EXPECT_EQ(CAN_DevEndFifo(device), E_SUCCESS);
-}
-
-TEST_F(DeviceExports, RunTestAndTheCallsWithoutEffectAnswerEvenWhileDisconnected) {
-  init(namedDevice(stateSection("UNPLUGGED")));
-  CAN_DEV_HANDLE device = &simuDevice();
-  EXPECT_EQ(nextEvent(device)->type, DEV_TYPE_DISCONNECTED);
-  CAN_TestDev test;
-  EXPECT_EQ(CAN_DevRunTest(device, 42, &test), E_SUCCESS);
-  EXPECT_EQ(test.resultByte, 0);
-  EXPECT_FLOAT_EQ(test.firstValue, 2.0f);
-  EXPECT_FLOAT_EQ(test.secondValue, 2.7f);
-  const unsigned char frame[4] = {1, 2, 3, 4};
-  EXPECT_EQ(CAN_DevSndGenericFrame(device, frame), E_SUCCESS);
-  EXPECT_EQ(CAN_DevAutoConfig(device), E_SUCCESS);
-  EXPECT_EQ(CAN_DevAutoConfigRaz(device), E_SUCCESS);
 }
 
 TEST_F(DeviceExports, EnumerateListsTheDeviceWhateverItsState) {
@@ -144,14 +79,13 @@ TEST_F(DeviceExports, EnumerateListsTheDeviceWhateverItsState) {
   EXPECT_EQ(record->reserved + record->disconnected, 0u);
   for (unsigned char byte : record->unused)
     ASSERT_EQ(byte, 0) << "unwritten bytes are zero";
-  // A list that already holds records is refused and left as it was.
-  EXPECT_EQ(CAN_DevEnumerate(&list), E_NULL_POINTER);
+  EXPECT_EQ(CAN_DevEnumerate(&list), E_NULL_POINTER) << "a list that already holds records";
   EXPECT_EQ(list.records, record);
   EXPECT_EQ(log.count("already holds records"), 1u);
   free(record);
 
   reserve();
-  edit(namedDevice(stateSection("UNPLUGGED")));
+  edit(namedDevice(kUnplugged));
   nextEvent(&simuDevice());
   list = {};
   ASSERT_EQ(CAN_DevEnumerate(&list), E_SUCCESS);
@@ -163,6 +97,7 @@ TEST_F(DeviceExports, EnumerateListsTheDeviceWhateverItsState) {
 
 TEST_F(DeviceExports, ReservationChecksTheNameThenTheReservationThenTheConnection) {
   init(namedDevice());
+  EXPECT_EQ(CAN_DevFree(&simuDevice()), E_SUCCESS) << "never reserved";
   CAN_DEV_HANDLE handle = &handle;
   EXPECT_EQ(CAN_DevReservation("simu-0042", &handle), E_NOT_FOUND) << "case-sensitive";
   EXPECT_EQ(handle, nullptr);
@@ -172,8 +107,12 @@ TEST_F(DeviceExports, ReservationChecksTheNameThenTheReservationThenTheConnectio
   handle = &handle;
   EXPECT_EQ(CAN_DevReservation(kSerial, &handle), E_ALREADY_RESERVED);
   EXPECT_EQ(handle, nullptr);
+  simuDevice().port->reserved = true;
+  EXPECT_EQ(CAN_DevFree(device), E_INVALID) << "refused while the port is reserved";
+  EXPECT_TRUE(simuDevice().reserved);
+  simuDevice().port->reserved = false;
 
-  edit(namedDevice(stateSection("UNPLUGGED")));
+  edit(namedDevice(kUnplugged));
   EXPECT_EQ(nextEvent(device)->type, DEV_TYPE_DISCONNECTED);
   EXPECT_EQ(CAN_DevReservation("OTHER", &handle), E_NOT_FOUND);
   EXPECT_EQ(CAN_DevReservation(kSerial, &handle), E_ALREADY_RESERVED);
@@ -182,64 +121,26 @@ TEST_F(DeviceExports, ReservationChecksTheNameThenTheReservationThenTheConnectio
   EXPECT_FALSE(simuDevice().reserved);
 }
 
-TEST_F(DeviceExports, FreeIsRefusedWhileThePortIsReserved) {
-  init(namedDevice());
-  EXPECT_EQ(CAN_DevFree(&simuDevice()), E_SUCCESS) << "never reserved";
-  CAN_DEV_HANDLE device = reserve();
-  simuDevice().port->reserved = true;
-  EXPECT_EQ(CAN_DevFree(device), E_INVALID);
-  EXPECT_TRUE(simuDevice().reserved);
-  simuDevice().port->reserved = false;
-  EXPECT_EQ(CAN_DevFree(device), E_SUCCESS);
-  EXPECT_EQ(reserve(), device);
-}
-
-TEST_F(DeviceExports, ModeAndTensionRecordsAreFilledWithoutTouchingTheirPadding) {
-  init(namedDevice("<VOLTAGES VBatt='12.5' APCKelmora='5' APCDravik='-0.25'/>"));
-  CAN_DEV_HANDLE device = reserve();
-  uint8_t detail = 0xAB;
-  ASSERT_EQ(CAN_DevSetMode(device, 5, &detail), E_SUCCESS);
-  EXPECT_EQ(detail, 0xAB) << "written only by an armed status";
-  EXPECT_EQ(simuDevice().port->mode, 5u);
-  CAN_ModeDev mode;
-  std::memset(&mode, 0xEE, sizeof mode);
-  ASSERT_EQ(CAN_DevGetMode(device, &mode), E_SUCCESS);
-  EXPECT_EQ(mode.resultByte, 0);
-  EXPECT_EQ(mode.padding[0], 0xEE);
-  EXPECT_EQ(mode.mode, 5u);
-  CAN_TensionDev tension;
-  std::memset(&tension, 0xEE, sizeof tension);
-  ASSERT_EQ(CAN_DevGetTension(device, &tension), E_SUCCESS);
-  EXPECT_EQ(tension.resultByte, 0);
-  EXPECT_EQ(tension.padding[2], 0xEE);
-  EXPECT_FLOAT_EQ(tension.batteryVoltage, 12.5f);
-  EXPECT_FLOAT_EQ(tension.apcKelmora, 5.0f);
-  EXPECT_FLOAT_EQ(tension.apcDravik, -0.25f);
-}
-
-TEST_F(DeviceExports, ConfigAndVersionCarryTheVersionsAndThePort) {
-  init(namedDevice(kVersions));
+TEST_F(DeviceExports, ConfigAndVersionCarryTheVersionsAndThePortWithoutTouchingPadding) {
+  init(namedDevice("<CAN_FIRMWAREVERSION BootVersion='B1.20' BootDate='01/02/2003' "
+                   "BootCheckSum='BC01' AppVersion='A4.56' AppDate='04/05/2006' "
+                   "AppCheckSum='AC02'/>"));
   CAN_DEV_HANDLE device = reserve();
   CAN_ConfigDev config;
   std::memset(&config, 0xEE, sizeof config);
-  ASSERT_EQ(CAN_DevGetConfig(device, &config), E_SUCCESS);
-  EXPECT_EQ(config.resultByte, 0);
-  EXPECT_STREQ(config.bootVersion, "B1.20");
-  EXPECT_STREQ(config.bootDate, "01/02/2003");
-  EXPECT_STREQ(config.bootCheckSum, "BC01");
-  EXPECT_STREQ(config.appVersion, "A4.56");
-  EXPECT_STREQ(config.appDate, "04/05/2006");
-  EXPECT_STREQ(config.appCheckSum, "AC02");
-  EXPECT_EQ(config.padding, 0xEE) << "not written";
-  ASSERT_EQ(config.count, 1u);
-  EXPECT_EQ(config.ports[0].resultByte + config.ports[0].reserved, 0);
-  EXPECT_EQ(config.ports[0].portNumber, 96);
-  free(config.ports);
   simuDevice().port->reserved = true;
   ASSERT_EQ(CAN_DevGetConfig(device, &config), E_SUCCESS);
+  EXPECT_EQ(config.resultByte, 0);
+  const std::vector<std::string> texts = {config.bootVersion, config.bootDate, config.bootCheckSum,
+                                          config.appVersion,  config.appDate,  config.appCheckSum};
+  EXPECT_EQ(texts, (std::vector<std::string>{"B1.20", "01/02/2003", "BC01", "A4.56", "04/05/2006",
+                                             "AC02"}));
+  EXPECT_EQ(config.padding, 0xEE) << "not written";
+  ASSERT_EQ(config.count, 1u);
+  EXPECT_EQ(config.ports[0].resultByte, 0);
   EXPECT_EQ(config.ports[0].reserved, 1);
+  EXPECT_EQ(config.ports[0].portNumber, 96);
   free(config.ports);
-
   // The version record is the config's first 67 bytes, and nothing more.
   unsigned char buffer[sizeof(CAN_VersionDev) + 4];
   std::memset(buffer, 0xEE, sizeof buffer);
@@ -259,10 +160,10 @@ TEST_F(DeviceExports, VersionTextsLongerThanTenBytesAreCutAndLogged) {
   EXPECT_EQ(log.count("AppDate"), 0u);
 }
 
-TEST_F(DeviceExports, WhileDisconnectedTheDeviceCallsAnswer7AndChangeNothing) {
+TEST_F(DeviceExports, WhileDisconnectedCallsWithEffectAnswer7AndTheOthersStillAnswer) {
   init(namedDevice());
   CAN_DEV_HANDLE device = reserve();
-  edit(namedDevice(stateSection("UNPLUGGED")));
+  edit(namedDevice(kUnplugged));
   EXPECT_EQ(nextEvent(device)->type, DEV_TYPE_DISCONNECTED);
   uint8_t detail = 0;
   CAN_ModeDev mode;
@@ -284,6 +185,16 @@ TEST_F(DeviceExports, WhileDisconnectedTheDeviceCallsAnswer7AndChangeNothing) {
   EXPECT_EQ(result.written, 0xEE);
   EXPECT_EQ(simuDevice().mode, 0u);
   EXPECT_TRUE(queueIsEmpty(device)) << "no event queued by a refused call";
+
+  CAN_TestDev test;
+  EXPECT_EQ(CAN_DevRunTest(device, 42, &test), E_SUCCESS);
+  EXPECT_EQ(test.resultByte, 0);
+  EXPECT_FLOAT_EQ(test.firstValue, 2.0f);
+  EXPECT_FLOAT_EQ(test.secondValue, 2.7f);
+  const unsigned char frame[4] = {1, 2, 3, 4};
+  EXPECT_EQ(CAN_DevSndGenericFrame(device, frame), E_SUCCESS);
+  EXPECT_EQ(CAN_DevAutoConfig(device), E_SUCCESS);
+  EXPECT_EQ(CAN_DevAutoConfigRaz(device), E_SUCCESS);
 }
 
 TEST_F(DeviceExports, ResetTakesHalfASecondThenQueuesItsEvent) {

@@ -1,6 +1,5 @@
-// What the device tests share: a configuration file in a fresh directory,
-// the host's calls to read it and to reserve the device, and device events
-// that release themselves through CAN_DevFreeRxMsg.
+// What the device tests share: a configuration file the driver reads, the
+// reserved device, and events released through CAN_DevFreeRxMsg.
 #pragma once
 
 #include "cansimu/cansimu.h"
@@ -19,7 +18,6 @@ namespace device_test {
 
 constexpr const char *kSerial = "SIMU-0042";
 
-// A device event owned by the test, released as a host releases it.
 struct FreeDeviceEvent {
   void operator()(CAN_EventDev *event) const { CAN_DevFreeRxMsg(event); }
 };
@@ -28,19 +26,11 @@ using DeviceEvent = std::unique_ptr<CAN_EventDev, FreeDeviceEvent>;
 inline std::string serialSection(const std::string &serial = kSerial) {
   return "<CAN_SERIALNUMBER>" + serial + "</CAN_SERIALNUMBER>";
 }
-
-inline std::string stateSection(const std::string &state) {
-  return "<CAN_DEVICESTATE>" + state + "</CAN_DEVICESTATE>";
-}
-
-// A configuration naming the device kSerial, plus the given sections.
+// A configuration naming the device kSerial, plus `extra` sections.
 inline ConfigurationFile namedDevice(const std::string &extra = "") {
-  ConfigurationFile file;
-  file.section(serialSection());
-  if (!extra.empty())
-    file.section(extra);
-  return file;
+  return ConfigurationFile().section(serialSection() + extra);
 }
+const std::string kUnplugged = "<CAN_DEVICESTATE>UNPLUGGED</CAN_DEVICESTATE>";
 
 class DeviceTest : public ::testing::Test {
 protected:
@@ -50,24 +40,20 @@ protected:
   long long fileTime = 1000000;
 
   void TearDown() override { CAN_DrvEnd(); }
-
-  // Writes the configuration and has the driver read it.
   void init(const ConfigurationFile &file) {
     save(file);
     ASSERT_EQ(CAN_DrvInit(configPath.c_str()), E_SUCCESS);
   }
-  // Saves an edited configuration with a later modification time.
+  // Saves the file with a later modification time, unread until the driver's poll.
   void save(const ConfigurationFile &file) {
     file.writeTo(configPath);
     setModificationTime(configPath, ++fileTime);
   }
-  // The host's driver poll, which re-reads an edited configuration.
   void pollDriver() {
     CAN_EventDrv *event = nullptr;
     uint32_t pending = 0;
     EXPECT_EQ(CAN_DrvRxMsg(&event, &pending, 1), E_NO_EVENT);
   }
-  // Saves the edit and lets the driver read it.
   void edit(const ConfigurationFile &file) {
     save(file);
     pollDriver();
@@ -79,7 +65,6 @@ protected:
   }
   SimuDevice &simuDevice() { return *SimuDriver::instance()->device; }
 
-  // The next device event, or null (with a failure) when none arrives.
   DeviceEvent nextEvent(CAN_DEV_HANDLE handle, uint32_t *pending = nullptr,
                         uint32_t timeoutMs = 1000) {
     CAN_EventDev *event = nullptr;
@@ -89,7 +74,6 @@ protected:
       *pending = count;
     return DeviceEvent(event);
   }
-  // True when the device queue stays empty for a short wait.
   bool queueIsEmpty(CAN_DEV_HANDLE handle) {
     CAN_EventDev *event = nullptr;
     uint32_t count = 0;

@@ -1,7 +1,6 @@
-// Builders of firmware image files laid out as the box's download expects:
-// a four-character identifier, then a 4-character checksum and the version
-// (10 hex digits) and date (18 hex digits) as hex text. Every other byte is
-// filler. Header-only so that any test program can use it.
+// Firmware image files laid out as the box's download expects: at a fixed
+// offset a four-character identifier, a 4-byte checksum, then the version
+// (10 hex digits) and the date (18 hex digits) as hex text; filler elsewhere.
 #pragma once
 
 #include <cstddef>
@@ -9,58 +8,34 @@
 
 namespace firmware {
 
-constexpr size_t kApplicationOffset = 46;
-constexpr size_t kApplicationSize = 82;
-constexpr size_t kBootOffset = 754;
-constexpr size_t kBootSize = 790;
-
-// Each byte of `text` as two upper-case hex digits: "V1" gives "5631".
-inline std::string hexText(const std::string &text) {
-  static const char digits[] = "0123456789ABCDEF";
+// Each byte of `text` as two upper-case hex digits ("V1" gives "5631"), cut
+// or padded with '0' to `length`.
+inline std::string hexField(const std::string &text, size_t length) {
   std::string hex;
-  for (unsigned char c : text) {
-    hex += digits[c >> 4];
-    hex += digits[c & 0x0F];
-  }
+  for (unsigned char c : text)
+    hex += {"0123456789ABCDEF"[c >> 4], "0123456789ABCDEF"[c & 0x0F]};
+  hex.resize(length, '0');
   return hex;
 }
 
-// `text` cut or padded with `pad` to exactly `length` characters.
-inline std::string fitted(const std::string &text, size_t length, char pad) {
-  std::string field = text.substr(0, length);
-  field.resize(length, pad);
-  return field;
+// An image of `size` bytes (cut short when smaller than its fields).
+inline std::string imageAt(size_t offset, const char *identifier, std::string checkSum,
+                           const std::string &version, const std::string &date, size_t size) {
+  checkSum.resize(4, '\0');
+  std::string image = std::string(offset, '\xA5') + identifier + checkSum + hexField(version, 10) +
+                      hexField(date, 18);
+  image.resize(size, '\xA5');
+  return image;
 }
 
-// Writes the identifier and the three fields at `offset` of `image`, which
-// grows to hold them; the fields are given as plain text (hex-encoded here,
-// padded with zero bytes).
-inline void placeFields(std::string &image, size_t offset, const std::string &identifier,
-                        const std::string &checkSum, const std::string &version,
-                        const std::string &date) {
-  const std::string fields = fitted(identifier, 4, ' ') + fitted(checkSum, 4, '\0') +
-                             fitted(hexText(version), 10, '0') + fitted(hexText(date), 18, '0');
-  if (image.size() < offset + fields.size())
-    image.resize(offset + fields.size(), '\xA5');
-  image.replace(offset, fields.size(), fields);
-}
-
-// An application image of `size` bytes (cut short when smaller than 82).
 inline std::string applicationImage(const std::string &checkSum, const std::string &version,
-                                    const std::string &date, size_t size = kApplicationSize) {
-  std::string image(kApplicationOffset, '\xA5');
-  placeFields(image, kApplicationOffset, "0622", checkSum, version, date);
-  image.resize(size, '\xA5');
-  return image;
+                                    const std::string &date, size_t size = 82) {
+  return imageAt(46, "0622", checkSum, version, date, size);
 }
 
-// A boot image of `size` bytes (cut short when smaller than 790).
 inline std::string bootImage(const std::string &checkSum, const std::string &version,
-                             const std::string &date, size_t size = kBootSize) {
-  std::string image(kBootOffset, '\xA5');
-  placeFields(image, kBootOffset, "0268", checkSum, version, date);
-  image.resize(size, '\xA5');
-  return image;
+                             const std::string &date, size_t size = 790) {
+  return imageAt(754, "0268", checkSum, version, date, size);
 }
 
 } // namespace firmware

@@ -2,34 +2,22 @@
 
 #include "support/TempDir.h"
 
-std::string xmlEscaped(const std::string &text) {
-  std::string escaped;
-  escaped.reserve(text.size());
-  for (char c : text) {
-    if (c == '&')
-      escaped += "&amp;";
-    else if (c == '<')
-      escaped += "&lt;";
-    else if (c == '>')
-      escaped += "&gt;";
-    else
-      escaped += c;
-  }
-  return escaped;
+namespace {
+std::string escaped(const std::string &text) {
+  std::string out;
+  for (char c : text)
+    out += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : std::string(1, c);
+  return out;
 }
+} // namespace
 
 ScenarioFile &ScenarioFile::event(const std::string &request,
                                   const std::vector<std::string> &responses) {
-  body_ += "  <EVENEMENT>\n    <REQUETE><TRAME>" + xmlEscaped(request) +
-           "</TRAME></REQUETE>\n    <REPONSE>";
+  std::string reponse;
   for (const auto &response : responses)
-    body_ += "<TRAME>" + xmlEscaped(response) + "</TRAME>";
-  body_ += "</REPONSE>\n  </EVENEMENT>\n";
-  return *this;
-}
-
-ScenarioFile &ScenarioFile::dialog(const std::vector<std::string> &answers) {
-  return event("OPENDIALOG", answers);
+    reponse += "<TRAME>" + escaped(response) + "</TRAME>";
+  return raw("<EVENEMENT><REQUETE><TRAME>" + escaped(request) + "</TRAME></REQUETE><REPONSE>" +
+             reponse + "</REPONSE></EVENEMENT>");
 }
 
 ScenarioFile &ScenarioFile::raw(const std::string &xml) {
@@ -41,7 +29,4 @@ std::string ScenarioFile::xml() const {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SCENARIO>\n" + body_ + "</SCENARIO>\n";
 }
 
-std::string ScenarioFile::writeTo(const std::string &path) const {
-  writeFile(path, xml());
-  return path;
-}
+void ScenarioFile::writeTo(const std::string &path) const { writeFile(path, xml()); }
