@@ -1,5 +1,6 @@
 // The library's exports, resolved by name from a loaded library: the table a
-// host keeps of the driver's entry points.
+// host keeps of the driver's entry points. Each slot has the type of the
+// header's prototype, so a call through it is checked like a direct call.
 #pragma once
 
 #include "LibraryLoader.h"
@@ -8,12 +9,31 @@
 #include <string>
 
 struct DriverApi {
-  CAN_STATUS(CANSIMU_CALL *DrvInit)(const char *) = nullptr;
-  void(CANSIMU_CALL *DrvEnd)() = nullptr;
-  CAN_STATUS(CANSIMU_CALL *DrvRxMsg)(CAN_EventDrv **, uint32_t *, uint32_t) = nullptr;
-  CAN_STATUS(CANSIMU_CALL *DrvFreeRxMsg)(CAN_EventDrv *) = nullptr;
-  CAN_STATUS(CANSIMU_CALL *DrvEndFifo)() = nullptr;
-  void(CANSIMU_CALL *setNextCANStatus)(const char *, uint32_t, uint32_t) = nullptr;
+  // Driver family.
+  decltype(&::CAN_DrvInit) DrvInit = nullptr;
+  decltype(&::CAN_DrvEnd) DrvEnd = nullptr;
+  decltype(&::CAN_DrvRxMsg) DrvRxMsg = nullptr;
+  decltype(&::CAN_DrvFreeRxMsg) DrvFreeRxMsg = nullptr;
+  decltype(&::CAN_DrvEndFifo) DrvEndFifo = nullptr;
+
+  // Device family.
+  decltype(&::CAN_DevEnumerate) DevEnumerate = nullptr;
+  decltype(&::CAN_DevRxMsg) DevRxMsg = nullptr;
+  decltype(&::CAN_DevFreeRxMsg) DevFreeRxMsg = nullptr;
+  decltype(&::CAN_DevEndFifo) DevEndFifo = nullptr;
+  decltype(&::CAN_DevReservation) DevReservation = nullptr;
+  decltype(&::CAN_DevFree) DevFree = nullptr;
+  decltype(&::CAN_DevSetMode) DevSetMode = nullptr;
+  decltype(&::CAN_DevGetMode) DevGetMode = nullptr;
+  decltype(&::CAN_DevGetConfig) DevGetConfig = nullptr;
+  decltype(&::CAN_DevGetTension) DevGetTension = nullptr;
+  decltype(&::CAN_DevGetVersion) DevGetVersion = nullptr;
+  decltype(&::CAN_DevSetSleep) DevSetSleep = nullptr;
+  decltype(&::CAN_DevHC16Reset) DevHC16Reset = nullptr;
+  decltype(&::CAN_DevBoardTeleFirm) DevBoardTeleFirm = nullptr;
+
+  // Test harness hook.
+  decltype(&::setNextCANStatus) setNextCANStatus = nullptr;
 
   // Resolves every entry point; on failure `missing` names the first absent.
   bool resolve(const LibraryLoader &library, std::string &missing);

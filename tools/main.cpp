@@ -1,151 +1,96 @@
 // cansimu: a command-line host for the simulated interface box. It loads the
 // library at run time, as a diagnostic application does, and drives it.
-#include "DriverApi.h"
-#include "LibraryLoader.h"
-#include "StatusNames.h"
+#include "Arguments.h"
+#include "Command.h"
+#include "Errors.h"
+#include "Output.h"
+#include "Session.h"
 
 #include <cstdio>
-#include <cstring>
 #include <string>
-#include <vector>
 
 namespace {
 
-const char kUsage[] =
-    "usage: cansimu demo [CONFIG] [--library PATH]\n"
-    "\n"
-    "  demo      a short host session over the simulated driver: initialise with\n"
-    "            CONFIG (default: the bench in examples/), poll the driver queue,\n"
-    "            inject a device event as a test harness would, read it back, end.\n"
-    "  --library the cansimu library to load (default: the one built with this tool)\n";
-
-struct Options {
-  std::string command;
-  std::string config;
-  std::string library = CANSIMU_BUILD_LIBRARY;
-  bool help = false;
-};
-
-bool parseArguments(int argc, char **argv, Options &options, std::string &error) {
-  std::vector<std::string> positional;
-  for (int i = 1; i < argc; ++i) {
-    const std::string argument = argv[i];
-    if (argument == "--help" || argument == "-h") {
-      options.help = true;
-    } else if (argument == "--library") {
-      if (++i == argc) {
-        error = "--library needs a path";
-        return false;
-      }
-      options.library = argv[i];
-    } else if (!argument.empty() && argument[0] == '-') {
-      error = "unknown option " + argument;
-      return false;
-    } else {
-      positional.push_back(argument);
-    }
-  }
-  if (!positional.empty())
-    options.command = positional[0];
-  if (positional.size() > 1)
-    options.config = positional[1];
-  if (positional.size() > 2) {
-    error = "too many arguments";
-    return false;
-  }
-  return true;
+void printProgramHelp(FILE *out) {
+  std::fprintf(out, "usage: cansimu COMMAND [ARGUMENTS] [--library PATH]\n\n"
+                    "A host for the simulated CAN interface box: it loads the cansimu library\n"
+                    "at run time, as a diagnostic application does, and drives it.\n\n"
+                    "commands:\n");
+  for (const Command &command : commands())
+    std::fprintf(out, "  %-26s %s\n", command.synopsis, command.summary);
+  std::fprintf(out,
+               "\noptions:\n"
+               "  --library PATH             the library to load (default: %s)\n"
+               "  --help                     this help, or a command's: cansimu COMMAND --help\n"
+               "\nexit status: 0 done; 1 the library refused a call; 2 bad command line;\n"
+               "3 library, configuration or file missing or unreadable.\n",
+               defaultLibraryPath().c_str());
 }
 
-void step(const std::string &call, CAN_STATUS status, const std::string &note = "") {
-  std::printf("  %-44s %-22s %s\n", call.c_str(), statusText(status).c_str(), note.c_str());
+void printCommandHelp(const Command &command) {
+  std::printf("usage: cansimu %s [--library PATH]\n\n%s", command.synopsis, command.details);
 }
 
-std::string describeEvent(const CAN_EventDrv &event) {
-  if (event.type == DRV_TYPE_ENDFIFO)
-    return "end marker";
-  std::string text =
-      "device event " + std::to_string(event.type) + ", detail " + std::to_string(event.detail);
-  if (event.data != nullptr) {
-    const auto *device = static_cast<const CAN_EnumDev *>(event.data);
-    text += ", device \"" + std::string(device->name) + "\"";
-    text += device->disconnected ? ", disconnected" : ", connected";
+const Command *findCommand(const std::string &name) {
+  for (const Command &command : commands())
+    if (name == command.name)
+      return &command;
+  return nullptr;
+}
+
+// Checks the command line against what the command takes.
+void checkArguments(const Command &command, const Arguments &arguments) {
+  const size_t count = arguments.positional.size();
+  if (count < command.minArguments)
+    throw UsageError(std::string("missing arguments: cansimu ") + command.synopsis);
+  if (count > command.maxArguments)
+    throw UsageError("too many arguments for " + std::string(command.name) + ": '" +
+                     arguments.positional[command.maxArguments] + "'");
+  for (const auto &option : arguments.options) {
+    bool taken = false;
+    for (const std::string &known : command.options)
+      taken = taken || option.first == known;
+    if (!taken)
+      throw UsageError(std::string(command.name) + " takes no " + option.first);
   }
-  return text;
 }
 
-bool fileReadable(const std::string &path) {
-  FILE *file = std::fopen(path.c_str(), "rb");
-  if (file == nullptr)
-    return false;
-  std::fclose(file);
-  return true;
-}
-
-int runDemo(const DriverApi &api, const std::string &config) {
-  std::printf("cansimu demo: a host session with the simulated interface box\n");
-  std::printf("  configuration: %s\n\n", config.c_str());
-
-  step("CAN_DrvInit(configuration)", api.DrvInit(config.c_str()), "configuration read");
-
-  CAN_EventDrv *event = nullptr;
-  uint32_t pending = 0;
-  step("CAN_DrvRxMsg(timeout 100 ms)", api.DrvRxMsg(&event, &pending, 100), "nothing queued yet");
-
-  api.setNextCANStatus("CAN_DrvRxMsg", DRV_TYPE_DEVICE_100, 7);
-  std::printf("  %-44s %-22s %s\n", "setNextCANStatus(\"CAN_DrvRxMsg\", 100, 7)", "",
-              "harness queues a device event");
-  step("CAN_DrvEndFifo()", api.DrvEndFifo(), "end marker queued behind it");
-
-  for (int read = 0; read < 2; ++read) {
-    const CAN_STATUS status = api.DrvRxMsg(&event, &pending, 1000);
-    if (status != E_SUCCESS) {
-      step("CAN_DrvRxMsg(timeout 1000 ms)", status, "expected an event");
-      api.DrvEnd();
-      return 1;
-    }
-    step("CAN_DrvRxMsg(timeout 1000 ms)", status,
-         describeEvent(*event) + ", " + std::to_string(pending) + " left");
-    step("CAN_DrvFreeRxMsg(event)", api.DrvFreeRxMsg(event));
+int run(int argc, char **argv) {
+  const Arguments arguments = parseArguments(argc, argv);
+  if (arguments.command.empty()) {
+    printProgramHelp(arguments.help ? stdout : stderr);
+    return arguments.help ? kExitDone : kExitUsage;
   }
-  api.DrvEnd();
-  std::printf("  %-44s %-22s %s\n", "CAN_DrvEnd()", "", "driver destroyed");
-  return 0;
+  const Command *command = findCommand(arguments.command);
+  if (command == nullptr)
+    throw UsageError("unknown command '" + arguments.command + "'");
+  if (arguments.help) {
+    printCommandHelp(*command);
+    return kExitDone;
+  }
+  try {
+    checkArguments(*command, arguments);
+    return command->run(arguments);
+  } catch (const UsageError &error) {
+    throw UsageError(std::string(error.what()) + " (see cansimu " + command->name + " --help)");
+  }
 }
 
 } // namespace
 
 int main(int argc, char **argv) {
-  Options options;
-  std::string error;
-  if (!parseArguments(argc, argv, options, error)) {
-    std::fprintf(stderr, "cansimu: %s\n%s", error.c_str(), kUsage);
-    return 2;
+  try {
+    return run(argc, argv);
+  } catch (const UsageError &error) {
+    const std::string message = error.what();
+    const bool hinted = message.find("--help)") != std::string::npos;
+    printError(hinted ? message : message + " (cansimu --help lists the commands)");
+    return kExitUsage;
+  } catch (const SetupError &error) {
+    printError(error.what());
+    return kExitSetup;
+  } catch (const std::exception &error) {
+    printError(error.what());
+    return kExitSetup;
   }
-  if (options.help || options.command.empty()) {
-    std::fputs(kUsage, options.help ? stdout : stderr);
-    return options.help ? 0 : 2;
-  }
-  if (options.command != "demo") {
-    std::fprintf(stderr, "cansimu: unknown command '%s'\n%s", options.command.c_str(), kUsage);
-    return 2;
-  }
-  const std::string config =
-      options.config.empty() ? std::string(CANSIMU_EXAMPLES_DIR) + "/bench.xml" : options.config;
-  if (!fileReadable(config)) {
-    std::fprintf(stderr, "cansimu: cannot read the configuration %s\n", config.c_str());
-    return 1;
-  }
-  LibraryLoader library(options.library);
-  if (!library.loaded()) {
-    std::fprintf(stderr, "cansimu: cannot load the library: %s\n", library.error().c_str());
-    return 1;
-  }
-  DriverApi api;
-  std::string missing;
-  if (!api.resolve(library, missing)) {
-    std::fprintf(stderr, "cansimu: %s does not export %s\n", options.library.c_str(),
-                 missing.c_str());
-    return 1;
-  }
-  return runDemo(api, config);
 }

@@ -1,0 +1,7 @@
+#include "Command.h"
+
+const std::vector<Command> &commands() {
+  static const std::vector<Command> all = {demoCommand(),   infoCommand(),  flashCommand(),
+                                           eventsCommand(), shellCommand(), examplesCommand()};
+  return all;
+}

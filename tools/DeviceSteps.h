@@ -1,0 +1,24 @@
+// Device calls shared by the commands: each makes one call through the
+// session and prints it as one line with its status and what it answered.
+#pragma once
+
+#include "Session.h"
+
+#include <cstdint>
+
+CAN_STATUS showVersion(const Session &session, CAN_VersionDev *answer = nullptr);
+CAN_STATUS showTension(const Session &session);
+CAN_STATUS setMode(const Session &session, uint32_t mode);
+CAN_STATUS showMode(const Session &session);
+// CAN_DevHC16Reset, with how long the box took.
+CAN_STATUS resetProcessor(const Session &session);
+
+// No type stops the reading early.
+constexpr uint32_t kAnyEvent = UINT32_MAX;
+
+// Reads device events one line each until the queue stays empty for
+// `timeoutMs` (that last wait printed too), or until an event of type
+// `until` has arrived and nothing else is queued. Returns the number read.
+unsigned readDeviceEvents(const Session &session, uint32_t timeoutMs, uint32_t until = kAnyEvent);
+// The same for the driver queue (which also re-reads a changed configuration).
+unsigned readDriverEvents(const Session &session, uint32_t timeoutMs);

@@ -1,0 +1,22 @@
+// A firmware download as a host runs it: CAN_DevBoardTeleFirm blocks the
+// calling thread while a second thread reads the DEV_TYPE_PROGRESS events
+// from the device queue and feeds a progress bar.
+#pragma once
+
+#include "Session.h"
+
+#include <cstdint>
+#include <string>
+
+struct FlashOutcome {
+  CAN_STATUS status = E_SUCCESS;
+  DownloadResult result{};
+  uint32_t progress = 0;       // last progress value read
+  unsigned progressEvents = 0; // how many progress events were read
+};
+
+// Downloads `image` (an absolute path), printing the bar and then the call's
+// line under the name `shownName`. Other device events that arrive during
+// the download are printed after it.
+FlashOutcome flashFirmware(const Session &session, const std::string &image,
+                           const std::string &shownName);

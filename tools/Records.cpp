@@ -1,0 +1,117 @@
+#include "Records.h"
+
+#include "StatusNames.h"
+
+#include <cstdint>
+#include <cstdio>
+
+namespace {
+
+std::string volts(float value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.2f V", static_cast<double>(value));
+  return text;
+}
+
+std::string hexByte(uint8_t value) {
+  char text[8];
+  std::snprintf(text, sizeof text, "0x%02X", static_cast<unsigned>(value));
+  return text;
+}
+
+std::string firmware(const std::string &version, const std::string &date,
+                     const std::string &checkSum) {
+  return version + " (" + date + ", " + checkSum + ")";
+}
+
+// The payload of a device event, by type; empty when it has none.
+std::string devicePayload(const CAN_EventDev &event) {
+  if (event.type == DEV_TYPE_PROGRESS)
+    return std::to_string(progressValue(event)) + " %";
+  if (event.data == nullptr)
+    return "";
+  const auto *bytes = static_cast<const uint8_t *>(event.data);
+  switch (event.type) {
+  case DEV_TYPE_DISCONNECTED:
+  case DEV_TYPE_CONNECTED:
+    return "device " + describeDevice(*static_cast<const CAN_EnumDev *>(event.data));
+  case DEV_TYPE_STATUS_PAIR:
+    return "values " + hexByte(bytes[0]) + ", " + hexByte(bytes[1]);
+  case DEV_TYPE_STATUS:
+  case DEV_TYPE_RESET:
+    return "value " + hexByte(bytes[0]);
+  case DEV_TYPE_CONFIG:
+    return describeVersions(*static_cast<const CAN_VersionDev *>(event.data));
+  case DEV_TYPE_TENSION:
+    return describeTension(*static_cast<const CAN_TensionDev *>(event.data));
+  case DEV_TYPE_MODE:
+    return describeMode(static_cast<const CAN_ModeDev *>(event.data)->mode);
+  default:
+    return "";
+  }
+}
+
+} // namespace
+
+std::string describeBootVersion(const CAN_VersionDev &version) {
+  return firmware(fieldText(version.bootVersion), fieldText(version.bootDate),
+                  fieldText(version.bootCheckSum));
+}
+
+std::string describeApplicationVersion(const CAN_VersionDev &version) {
+  return firmware(fieldText(version.appVersion), fieldText(version.appDate),
+                  fieldText(version.appCheckSum));
+}
+
+std::string describeVersions(const CAN_VersionDev &version) {
+  return "boot " + describeBootVersion(version) + ", application " +
+         describeApplicationVersion(version);
+}
+
+std::string describeTension(const CAN_TensionDev &tension) {
+  return "battery " + volts(tension.batteryVoltage) + ", APC Kelmora " + volts(tension.apcKelmora) +
+         ", APC Dravik " + volts(tension.apcDravik);
+}
+
+const char *modeName(uint32_t mode) {
+  switch (mode) {
+  case 0:
+    return "firmware download";
+  case 1:
+    return "CAN parameters";
+  case 2:
+    return "raw frames";
+  case 3:
+    return "physical measures";
+  default:
+    return "no such mode on the box";
+  }
+}
+
+std::string describeMode(uint32_t mode) {
+  return "mode " + std::to_string(mode) + " (" + modeName(mode) + ")";
+}
+
+std::string describeDevice(const CAN_EnumDev &device) {
+  return "\"" + fieldText(device.name) + "\", " + (device.reserved ? "reserved" : "free") + ", " +
+         (device.disconnected ? "disconnected" : "connected");
+}
+
+uint32_t progressValue(const CAN_EventDev &event) {
+  return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(event.data));
+}
+
+std::string describeDriverEvent(const CAN_EventDrv &event) {
+  std::string text = eventTypeText(driverEventName(event.type), event.type);
+  if (event.type != DRV_TYPE_ENDFIFO)
+    text += ", detail " + std::to_string(event.detail);
+  if (event.data != nullptr)
+    text += ", device " + describeDevice(*static_cast<const CAN_EnumDev *>(event.data));
+  return text;
+}
+
+std::string describeDeviceEvent(const CAN_EventDev &event) {
+  const std::string payload = devicePayload(event);
+  const std::string type = eventTypeText(deviceEventName(event.type), event.type);
+  return payload.empty() ? type : type + ", " + payload;
+}

@@ -1,0 +1,110 @@
+#include "Session.h"
+
+#include "Errors.h"
+#include "Files.h"
+#include "Output.h"
+#include "Records.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+// The first non-blank character of an XML file (after a UTF-8 byte-order
+// mark) is '<'; anything else is not a configuration at all.
+bool looksLikeXml(const std::string &path) {
+  FILE *file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr)
+    return false;
+  char head[256];
+  const size_t read = std::fread(head, 1, sizeof head, file);
+  std::fclose(file);
+  size_t at = read >= 3 && static_cast<unsigned char>(head[0]) == 0xEF ? 3 : 0;
+  while (at < read && (head[at] == ' ' || head[at] == '\t' || head[at] == '\r' || head[at] == '\n'))
+    ++at;
+  return at < read && head[at] == '<';
+}
+
+} // namespace
+
+std::string defaultLibraryPath() {
+  const std::string built = CANSIMU_BUILD_LIBRARY;
+  if (!built.empty() && fileReadable(built))
+    return built;
+  return CANSIMU_LIBRARY_NAME;
+}
+
+Session::Session(const std::string &library, const std::string &configuration)
+    : libraryPath_(library.empty() ? defaultLibraryPath() : library),
+      startFolder_(absolutePath(".")), configuration_(absolutePath(configuration)) {
+  if (!fileReadable(configuration))
+    throw SetupError("cannot read the configuration " + configuration);
+  if (!looksLikeXml(configuration))
+    throw SetupError(configuration + " is not an XML configuration");
+  library_ = std::make_unique<LibraryLoader>(libraryPath_);
+  if (!library_->loaded())
+    throw SetupError("cannot load the library " + libraryPath_ + ": " + library_->error());
+  std::string missing;
+  if (!api_.resolve(*library_, missing))
+    throw SetupError(libraryPath_ + " does not export " + missing);
+}
+
+Session::~Session() {
+  end();
+  changeDirectory(startFolder_);
+}
+
+std::string Session::userPath(const std::string &path) const {
+  const std::string here = absolutePath(".");
+  if (!changeDirectory(startFolder_))
+    return path;
+  const std::string absolute = absolutePath(path);
+  changeDirectory(here);
+  return absolute;
+}
+
+CAN_STATUS Session::start() {
+  changeDirectory(parentFolder(configuration_));
+  const CAN_STATUS status = api_.DrvInit(configuration_.c_str());
+  started_ = true;
+  return status;
+}
+
+void Session::end() {
+  if (!started_)
+    return;
+  api_.DrvEnd();
+  started_ = false;
+  device_ = nullptr;
+}
+
+CAN_STATUS Session::reserveDevice() {
+  CAN_EnumList list{0, nullptr};
+  const CAN_STATUS listed = api_.DevEnumerate(&list);
+  if (listed != E_SUCCESS || list.count == 0 || list.records == nullptr) {
+    printStep("CAN_DevEnumerate(list)", listed, "no device listed");
+    std::free(list.records);
+    return listed != E_SUCCESS ? listed : E_NOT_FOUND;
+  }
+  const auto &first = *static_cast<const CAN_EnumDev *>(list.records);
+  printStep("CAN_DevEnumerate(list)", listed,
+            std::to_string(list.count) + " device: " + describeDevice(first));
+  deviceName_ = fieldText(first.name);
+  std::free(list.records);
+
+  CAN_DEV_HANDLE handle = nullptr;
+  const CAN_STATUS reserved = api_.DevReservation(deviceName_.c_str(), &handle);
+  printStep("CAN_DevReservation(\"" + deviceName_ + "\")", reserved,
+            reserved == E_SUCCESS ? "the box is ours" : "");
+  if (reserved == E_SUCCESS)
+    device_ = handle;
+  return reserved;
+}
+
+CAN_STATUS Session::freeDevice() {
+  const CAN_STATUS status = api_.DevFree(device_);
+  printStep("CAN_DevFree()", status, status == E_SUCCESS ? "reservation released" : "");
+  if (status == E_SUCCESS)
+    device_ = nullptr;
+  return status;
+}

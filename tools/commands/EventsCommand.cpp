@@ -1,0 +1,100 @@
+// events: the driver and device queues, printed as events arrive.
+#include "Command.h"
+#include "Errors.h"
+#include "Output.h"
+#include "Records.h"
+#include "Session.h"
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+const char kDetails[] =
+    "Starts a session with CONFIG, reserves the box and prints every driver and\n"
+    "device event as it arrives, one line each with the time since the start,\n"
+    "the queue and the type name. Edit and save CONFIG meanwhile (unplug the\n"
+    "box with CAN_DEVICESTATE, for example) to watch the host see the change.\n"
+    "\n"
+    "  --seconds N   stop after N seconds (default: run until Ctrl-C)\n";
+
+// Each queue is polled with this timeout in turn; it bounds how late an
+// event is printed.
+constexpr uint32_t kPollMs = 100;
+
+std::atomic<bool> interrupted{false};
+
+extern "C" void onInterrupt(int) { interrupted = true; }
+
+double parseSeconds(const Arguments &arguments) {
+  const auto given = arguments.options.find("--seconds");
+  if (given == arguments.options.end())
+    return -1;
+  char *end = nullptr;
+  const double seconds = std::strtod(given->second.c_str(), &end);
+  if (given->second.empty() || *end != '\0' || !(seconds > 0) || seconds > 1e6)
+    throw UsageError("--seconds needs a positive number, not '" + given->second + "'");
+  return seconds;
+}
+
+void printEvent(double at, const char *queue, const std::string &text) {
+  std::printf("  %8.3f s  %-7s %s\n", at, queue, text.c_str());
+  std::fflush(stdout);
+}
+
+int runEvents(const Arguments &arguments) {
+  const double seconds = parseSeconds(arguments);
+  Session session(arguments.library, arguments.positional[0]);
+  const DriverApi &api = session.api();
+  printStep("CAN_DrvInit(configuration)", session.start(), session.configuration());
+  if (session.reserveDevice() != E_SUCCESS)
+    return kExitRefused;
+  if (seconds > 0)
+    std::printf("watching the driver and device queues for %g s\n", seconds);
+  else
+    std::printf("watching the driver and device queues until Ctrl-C\n");
+  std::fflush(stdout);
+
+  std::signal(SIGINT, onInterrupt);
+  const auto began = std::chrono::steady_clock::now();
+  const auto elapsed = [&began] {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
+  };
+  unsigned count = 0;
+  while (!interrupted && (seconds < 0 || elapsed() < seconds)) {
+    // The driver's read also re-reads the configuration when it was saved.
+    CAN_EventDrv *driverEvent = nullptr;
+    uint32_t pending = 0;
+    if (api.DrvRxMsg(&driverEvent, &pending, kPollMs) == E_SUCCESS && driverEvent != nullptr) {
+      printEvent(elapsed(), "driver", describeDriverEvent(*driverEvent));
+      api.DrvFreeRxMsg(driverEvent);
+      ++count;
+    }
+    CAN_EventDev *deviceEvent = nullptr;
+    if (api.DevRxMsg(session.device(), &deviceEvent, &pending, kPollMs) == E_SUCCESS &&
+        deviceEvent != nullptr) {
+      printEvent(elapsed(), "device", describeDeviceEvent(*deviceEvent));
+      api.DevFreeRxMsg(deviceEvent);
+      ++count;
+    }
+  }
+  std::signal(SIGINT, SIG_DFL);
+  std::printf("%u event%s\n", count, count == 1 ? "" : "s");
+  return kExitDone;
+}
+
+} // namespace
+
+Command eventsCommand() {
+  return {"events",
+          "events CONFIG [--seconds N]",
+          "print driver and device events as they arrive",
+          kDetails,
+          1,
+          1,
+          {"--seconds"},
+          runEvents};
+}

@@ -1,0 +1,48 @@
+// flash: one firmware download with its progress bar.
+#include "Command.h"
+#include "DeviceSteps.h"
+#include "Errors.h"
+#include "Files.h"
+#include "FirmwareFlash.h"
+#include "Output.h"
+#include "Session.h"
+
+namespace {
+
+const char kDetails[] =
+    "Starts a session with CONFIG, reserves the box, puts it in mode 0 and\n"
+    "downloads IMAGE (an application or boot image) with a live progress bar,\n"
+    "then prints the box's versions. The exit status is 0 when the download\n"
+    "answered E_SUCCESS and 1 for any other status (E_BOARD_ERROR_1 when the\n"
+    "configuration makes uploads fail, E_BAD_FILE for a file that is no image).\n";
+
+int runFlash(const Arguments &arguments) {
+  const std::string &image = arguments.positional[1];
+  if (!fileReadable(image))
+    throw SetupError("cannot read the firmware image " + image);
+  Session session(arguments.library, arguments.positional[0]);
+  const std::string imagePath = session.userPath(image);
+
+  printStep("CAN_DrvInit(configuration)", session.start(), session.configuration());
+  if (session.reserveDevice() != E_SUCCESS || setMode(session, 0) != E_SUCCESS)
+    return kExitRefused;
+  const size_t folderEnd = image.find_last_of("/\\");
+  const std::string shown = folderEnd == std::string::npos ? image : image.substr(folderEnd + 1);
+  const FlashOutcome flashed = flashFirmware(session, imagePath, shown);
+  showVersion(session);
+  session.freeDevice();
+  return flashed.status == E_SUCCESS ? kExitDone : kExitRefused;
+}
+
+} // namespace
+
+Command flashCommand() {
+  return {"flash",
+          "flash CONFIG IMAGE",
+          "download a firmware image, with a progress bar",
+          kDetails,
+          2,
+          2,
+          {},
+          runFlash};
+}
