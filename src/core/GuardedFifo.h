@@ -15,6 +15,7 @@
 #include <ace/Unbounded_Queue.h>
 
 #include <cstddef>
+#include <cstdlib>
 
 template <class T> class GuardedFifo {
 public:
@@ -51,6 +52,24 @@ public:
     const int taken = queue_.dequeue_head(out) == 0 ? 0 : -1;
     signal_.reset();
     return taken;
+  }
+
+  // The timed read behind every level's ...RxMsg: the oldest record, in a
+  // calloc'd copy that the host owns until its level's ...FreeRxMsg, with the
+  // number of records still queued behind it in `pending`. Null (and
+  // `pending` 0) when no record came within the timeout. Without memory for
+  // the copy the queue is left alone, so nothing is lost.
+  T *popForHost(ACE_UINT32 timeoutMs, ACE_UINT32 &pending) {
+    pending = 0;
+    T *record = static_cast<T *>(std::calloc(1, sizeof(T)));
+    if (record == nullptr)
+      return nullptr;
+    if (popWait(*record, timeoutMs) != 0) {
+      std::free(record);
+      return nullptr;
+    }
+    pending = static_cast<ACE_UINT32>(pendingCount());
+    return record;
   }
 
   // Number of records queued.

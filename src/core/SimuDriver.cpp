@@ -110,21 +110,10 @@ void SimuDriver::injectEvent(ACE_INT32 type, ACE_UINT8 detail) {
 }
 
 CAN_STATUS SimuDriver::rxMsg(CAN_EventDrv **event, ACE_UINT32 *pending, ACE_UINT32 timeoutMs) {
-  *event = nullptr;
-  *pending = 0;
-  auto *record = static_cast<CAN_EventDrv *>(std::calloc(1, sizeof(CAN_EventDrv)));
   // An edited configuration is re-read here, before any waiting.
   reloadIfChanged();
-  // Without a record to hand out, leave the queue alone: nothing is lost.
-  if (record == nullptr)
-    return E_NO_EVENT;
-  if (events.popWait(*record, timeoutMs) != 0) {
-    std::free(record);
-    return E_NO_EVENT;
-  }
-  *event = record;
-  *pending = static_cast<ACE_UINT32>(events.pendingCount());
-  return E_SUCCESS;
+  *event = events.popForHost(timeoutMs, *pending);
+  return *event != nullptr ? E_SUCCESS : E_NO_EVENT;
 }
 
 void SimuDriver::releasePayload(CAN_EventDrv &event) {

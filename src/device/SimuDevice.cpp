@@ -249,8 +249,6 @@ CAN_STATUS SimuDevice::endFifo() {
 }
 
 CAN_STATUS SimuDevice::rxMsg(CAN_EventDev **event, ACE_UINT32 *pending, ACE_UINT32 timeoutMs) {
-  *event = nullptr;
-  *pending = 0;
   // The host sees a configured change of connection here, as an event.
   // A queue that refuses it leaves the state changed all the same.
   if (connected && !configuredConnected) {
@@ -260,17 +258,8 @@ CAN_STATUS SimuDevice::rxMsg(CAN_EventDev **event, ACE_UINT32 *pending, ACE_UINT
     setConnected(true);
     queueEvent(DEV_TYPE_CONNECTED, nullptr);
   }
-  auto *record = allocateZeroed<CAN_EventDev>();
-  // Without a record to hand out, leave the queue alone: nothing is lost.
-  if (record == nullptr)
-    return E_NO_EVENT;
-  if (events.popWait(*record, timeoutMs) != 0) {
-    std::free(record);
-    return E_NO_EVENT;
-  }
-  *event = record;
-  *pending = static_cast<ACE_UINT32>(events.pendingCount());
-  return E_SUCCESS;
+  *event = events.popForHost(timeoutMs, *pending);
+  return *event != nullptr ? E_SUCCESS : E_NO_EVENT;
 }
 
 void SimuDevice::freeRxMsg(CAN_EventDev *event) {
