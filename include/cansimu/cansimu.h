@@ -266,8 +266,8 @@ typedef struct CAN_AssocTable {
 
 /* Result of CAN_PrtLoadAssocTable (2 bytes). */
 typedef struct AssocResult {
-  uint8_t resultByte;
-  uint8_t detail; /* why a table was refused */
+  uint8_t errorCode; /* why a table was refused; an injected detail goes here */
+  uint8_t zero;      /* 0 whenever the record is written */
 } AssocResult;
 
 /* One CAN frame (28 bytes): sent with CAN_PrtSendTrame, payload of

@@ -32,12 +32,15 @@ static_assert(sizeof(CAN_ConfigDev) == 76, "CAN_ConfigDev");
 CANSIMU_AT(CAN_ConfigDev, count, 68);
 CANSIMU_AT(CAN_ConfigDev, ports, 72);
 static_assert(sizeof(CAN_EventPort) == 24, "CAN_EventPort");
+CANSIMU_AT(CAN_EventPort, type, 0);
 CANSIMU_AT(CAN_EventPort, data, 16);
 static_assert(sizeof(CAN_EventChn) == 24, "CAN_EventChn");
+CANSIMU_AT(CAN_EventChn, type, 0);
 CANSIMU_AT(CAN_EventChn, data, 16);
 CANSIMU_AT(CAN_EventChn, request, 20);
 
 static_assert(sizeof(CAN_MesPhysPort) == 24, "CAN_MesPhysPort");
+CANSIMU_AT(CAN_MesPhysPort, resultByte, 0);
 CANSIMU_AT(CAN_MesPhysPort, batteryVoltage, 4);
 CANSIMU_AT(CAN_MesPhysPort, canHmin, 8);
 CANSIMU_AT(CAN_MesPhysPort, canHmax, 12);
@@ -45,6 +48,7 @@ CANSIMU_AT(CAN_MesPhysPort, canLmin, 16);
 CANSIMU_AT(CAN_MesPhysPort, canLmax, 20);
 
 static_assert(sizeof(CAN_ParamPort) == 20, "CAN_ParamPort");
+CANSIMU_AT(CAN_ParamPort, resultByte, 0);
 CANSIMU_AT(CAN_ParamPort, param1, 4);
 CANSIMU_AT(CAN_ParamPort, param2, 5);
 CANSIMU_AT(CAN_ParamPort, param3, 6);
@@ -53,6 +57,7 @@ CANSIMU_AT(CAN_ParamPort, param5, 12);
 CANSIMU_AT(CAN_ParamPort, param6, 16);
 
 static_assert(sizeof(CAN_StatePort) == 20, "CAN_StatePort");
+CANSIMU_AT(CAN_StatePort, resultByte, 0);
 CANSIMU_AT(CAN_StatePort, word4, 4);
 CANSIMU_AT(CAN_StatePort, word8, 8);
 CANSIMU_AT(CAN_StatePort, word12, 12);
@@ -62,22 +67,28 @@ CANSIMU_AT(CAN_BaudSearchPort, candidateCount, 4);
 CANSIMU_AT(CAN_BaudSearchPort, candidates, 8);
 static_assert(sizeof(CAN_BaudSetting) == 12, "CAN_BaudSetting");
 static_assert(sizeof(CAN_BaudFoundPort) == 16, "CAN_BaudFoundPort");
+CANSIMU_AT(CAN_BaudFoundPort, resultByte, 0);
 CANSIMU_AT(CAN_BaudFoundPort, found, 4);
 
 static_assert(sizeof(CAN_AssocTable) == 8, "CAN_AssocTable");
+CANSIMU_AT(CAN_AssocTable, count, 0);
 CANSIMU_AT(CAN_AssocTable, entries, 4);
 static_assert(sizeof(CAN_AssocEntry) == 28, "CAN_AssocEntry");
 CANSIMU_AT(CAN_AssocEntry, ecuAddress, 5);
 CANSIMU_AT(CAN_AssocEntry, idTx, 16);
 CANSIMU_AT(CAN_AssocEntry, idRx, 20);
 static_assert(sizeof(AssocResult) == 2, "AssocResult");
+CANSIMU_AT(AssocResult, errorCode, 0);
+CANSIMU_AT(AssocResult, zero, 1);
 
 static_assert(sizeof(CAN_FramePort) == 28, "CAN_FramePort");
+CANSIMU_AT(CAN_FramePort, canId, 0);
 CANSIMU_AT(CAN_FramePort, length, 12);
 CANSIMU_AT(CAN_FramePort, bytes, 16);
 CANSIMU_AT(CAN_FramePort, timestamp, 24);
 
 static_assert(sizeof(CAN_ChnResult) == 32, "CAN_ChnResult, frame form");
+CANSIMU_AT(CAN_ChnResult, resultCode, 0);
 CANSIMU_AT(CAN_ChnResult, echoWord, 4);
 CANSIMU_AT(CAN_ChnResult, echoByte2, 8);
 CANSIMU_AT(CAN_ChnResult, responderAddress, 9);
@@ -88,10 +99,12 @@ CANSIMU_AT(CAN_ChnResult, frameLength, 24); // the short form ends here
 CANSIMU_AT(CAN_ChnResult, frameData, 28);
 
 static_assert(sizeof(CAN_DiagMsg) == 12, "CAN_DiagMsg");
+CANSIMU_AT(CAN_DiagMsg, header, 0);
 CANSIMU_AT(CAN_DiagMsg, length, 4);
 CANSIMU_AT(CAN_DiagMsg, data, 8);
 
 static_assert(sizeof(CAN_ChnConfigRec) == 76, "CAN_ChnConfigRec");
+CANSIMU_AT(CAN_ChnConfigRec, ecuAddress, 0);
 CANSIMU_AT(CAN_ChnConfigRec, echoByte1, 1);
 CANSIMU_AT(CAN_ChnConfigRec, echoByte2, 2);
 CANSIMU_AT(CAN_ChnConfigRec, startFrameLength, 12);
@@ -99,6 +112,7 @@ CANSIMU_AT(CAN_ChnConfigRec, startFrame, 16);
 CANSIMU_AT(CAN_ChnConfigRec, echoWord, 72);
 
 static_assert(sizeof(CAN_ChnInfo) == 20, "CAN_ChnInfo");
+CANSIMU_AT(CAN_ChnInfo, echoWord, 0);
 CANSIMU_AT(CAN_ChnInfo, echoByte2, 4);
 CANSIMU_AT(CAN_ChnInfo, ecuAddress, 5);
 CANSIMU_AT(CAN_ChnInfo, channelType, 8);
