@@ -38,8 +38,9 @@ const char kDetails[] =
     "  help                        this list\n"
     "  quit                        end the session (so does the end of input)\n"
     "\n"
-    "On a terminal the shell prompts, and the terminal's own line editing\n"
-    "applies. From a file or a pipe (cansimu shell bench.xml < steps.txt) each\n"
+    "On a terminal the shell prompts, edits the line and keeps a history of\n"
+    "the session's commands (arrow keys). From a file or a pipe (cansimu shell bench.xml < "
+    "steps.txt) each\n"
     "command is echoed before its output, '#' starts a comment, and a line that\n"
     "is not a valid command stops the script with exit status 2.\n";
 
@@ -164,11 +165,7 @@ int runShell(const Arguments &arguments) {
   Shell shell(session);
   std::string text;
   for (unsigned number = 1;; ++number) {
-    if (interactive) {
-      std::fputs("cansimu> ", stdout);
-      std::fflush(stdout);
-    }
-    if (!std::getline(std::cin, text))
+    if (!(interactive ? readTerminalLine("cansimu> ", text) : bool(std::getline(std::cin, text))))
       break;
     if (!text.empty() && text.back() == '\r')
       text.pop_back();

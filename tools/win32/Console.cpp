@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <io.h>
+#include <iostream>
 #include <stdio.h>
 #include <windows.h>
 
@@ -19,4 +20,12 @@ bool outputShowsColour() {
   if (console == INVALID_HANDLE_VALUE || !GetConsoleMode(console, &mode))
     return false;
   return SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+// The console's own line input already edits the line and keeps a history
+// (arrow keys, F7).
+bool readTerminalLine(const char *prompt, std::string &line) {
+  std::fputs(prompt, stdout);
+  std::fflush(stdout);
+  return static_cast<bool>(std::getline(std::cin, line));
 }
