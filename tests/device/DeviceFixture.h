@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -38,6 +39,14 @@ protected:
   std::string configPath = dir.file("bench.xml");
   LogCapture log;
   long long fileTime = 1000000;
+  // Records the exports write into.
+  uint8_t detail = 0;
+  CAN_ModeDev mode = {};
+  CAN_ConfigDev config = {};
+  CAN_TensionDev tension = {};
+  CAN_VersionDev version = {};
+  CAN_TestDev test = {};
+  DownloadResult result = {0xEE, 0xEE};
 
   void TearDown() override { CAN_DrvEnd(); }
   void init(const ConfigurationFile &file) {
@@ -63,8 +72,15 @@ protected:
     EXPECT_EQ(CAN_DevReservation(name, &handle), E_SUCCESS);
     return handle;
   }
+  // Reads a configuration naming kSerial, plus `extra`, and reserves the device.
+  CAN_DEV_HANDLE reservedDevice(const std::string &extra = "") {
+    init(namedDevice(extra));
+    return reserve();
+  }
   SimuDevice &simuDevice() { return *SimuDriver::instance()->device; }
 
+  // The next event; a zeroed record (type 0, no payload) when none came, so
+  // that a test can read what it expected without checking for null first.
   DeviceEvent nextEvent(CAN_DEV_HANDLE handle, uint32_t *pending = nullptr,
                         uint32_t timeoutMs = 1000) {
     CAN_EventDev *event = nullptr;
@@ -72,7 +88,7 @@ protected:
     EXPECT_EQ(CAN_DevRxMsg(handle, &event, &count, timeoutMs), E_SUCCESS);
     if (pending != nullptr)
       *pending = count;
-    return DeviceEvent(event);
+    return DeviceEvent(event ? event : static_cast<CAN_EventDev *>(calloc(1, sizeof *event)));
   }
   bool queueIsEmpty(CAN_DEV_HANDLE handle) {
     CAN_EventDev *event = nullptr;
