@@ -10,63 +10,26 @@
 #include <new>
 #include <stdexcept>
 
-namespace {
-// A device-family export that sets a mode and has a detail byte.
-CAN_STATUS fakeSetMode(const void *device, ACE_UINT8 *detail, int &mode, int newMode) {
-  return ExportCall("CAN_DevSetMode", kDeviceFamily)
-      .require(device)
-      .require(detail)
-      .inject(detail)
-      .run([&] {
-        mode = newMode;
-        return E_SUCCESS;
-      });
-}
-} // namespace
-
-TEST(ExportFrame, NullChecksAnswerInArgumentOrderWithTheFamilyCode) {
-  int mode = 0;
+TEST(ExportFrame, StepsAnswerInTheOrderWrittenAndRejectedCallsLeaveTheArmedEntry) {
+  int device = 0, runs = 0;
   ACE_UINT8 detail = 0;
-  int device = 0;
-  EXPECT_EQ(fakeSetMode(nullptr, &detail, mode, 3), E_NULL_POINTER);
-  EXPECT_EQ(fakeSetMode(&device, nullptr, mode, 3), E_NULL_POINTER);
-  EXPECT_EQ(mode, 0);
-  const CAN_STATUS channel =
-      ExportCall("CAN_ChnOpenSession", kChannelFamily).require(nullptr).inject().run([] {
-        return E_SUCCESS;
-      });
-  EXPECT_EQ(channel, E_INVALID);
-}
-
-TEST(ExportFrame, AnArmedEntrySurvivesACallRejectedByItsNullChecks) {
-  int mode = 0;
-  int device = 0;
-  ACE_UINT8 detail = 0;
-  setNextCANStatus("CAN_DevSetMode", 0, 5);
-  EXPECT_EQ(fakeSetMode(nullptr, &detail, mode, 3), E_NULL_POINTER);
-  // The armed status 0 answers the next call: the detail is written and the
-  // operation does not run.
-  EXPECT_EQ(fakeSetMode(&device, &detail, mode, 3), E_SUCCESS);
-  EXPECT_EQ(detail, 5);
-  EXPECT_EQ(mode, 0);
-  // One call only: the next one runs.
-  EXPECT_EQ(fakeSetMode(&device, &detail, mode, 3), E_SUCCESS);
-  EXPECT_EQ(mode, 3);
-}
-
-TEST(ExportFrame, OtherChecksComeAfterNullChecksAndBeforeInjection) {
-  int p = 0;
-  setNextCANStatus("CAN_PrtRxLike", 9, 0);
-  auto call = [&](const void *ptr, bool ok) {
-    return ExportCall("CAN_PrtRxLike", kPortFamily)
-        .require(ptr)
-        .check(ok, E_INVALID)
-        .inject()
-        .run([] { return E_SUCCESS; });
+  auto call = [&](const void *pointer, bool ok) {
+    return ExportCall("CAN_ChnSetMode", kChannelFamily)
+        .require(pointer)
+        .check(ok, E_NULL_POINTER)
+        .inject(&detail)
+        .run([&] { return ++runs, E_SUCCESS; });
   };
-  EXPECT_EQ(call(nullptr, false), E_NULL_POINTER);
-  EXPECT_EQ(call(&p, false), E_INVALID);
-  EXPECT_EQ(call(&p, true), 9u);
+  setNextCANStatus("CAN_ChnSetMode", 0, 5);
+  EXPECT_EQ(call(nullptr, false), E_INVALID) << "the null check, with the family's code";
+  EXPECT_EQ(call(&device, false), E_NULL_POINTER);
+  // The armed status 0 answers the next call alone: the detail is written and
+  // the operation does not run.
+  EXPECT_EQ(call(&device, true), E_SUCCESS);
+  EXPECT_EQ(detail, 5);
+  EXPECT_EQ(runs, 0);
+  EXPECT_EQ(call(&device, true), E_SUCCESS);
+  EXPECT_EQ(runs, 1);
 
   // Written after the injection step, a check lets an armed entry answer first.
   setNextCANStatus("CAN_PrtEnumerate", 17, 0);

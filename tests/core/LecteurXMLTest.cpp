@@ -5,7 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -25,108 +28,91 @@ protected:
   void clearContent() override { calls += "clear;"; }
 };
 
-std::string narrow(const ACE_WString &text) { return toAnsi(text.c_str()).get(); }
+std::string withBackslashes(std::string path) {
+  std::replace(path.begin(), path.end(), '/', '\\');
+  return path;
+}
 
 class LecteurXMLTest : public ::testing::Test {
 protected:
   TempDir dir;
   std::string file = dir.file("config.xml");
+  RecordingReader reader{file};
   void SetUp() override {
     writeFile(file, "<A/>");
     setModificationTime(file, 1000000);
   }
+  // The calls made since the last look, then forgets them.
+  std::string takeCalls() { return std::exchange(reader.calls, ""); }
 };
 
 } // namespace
 
-TEST_F(LecteurXMLTest, Construction_StoresForwardSlashesAsBackslashesAndReadsThroughThem) {
-  RecordingReader reader(file);
-  const std::string stored = narrow(reader.path());
-  EXPECT_EQ(stored.find('/'), std::string::npos);
-  EXPECT_NE(stored.find('\\'), std::string::npos);
+// Paths are kept, and logged, with backslashes. An unreachable path is
+// forgotten: the reader is then as one made with an empty path, and nothing
+// is read or logged again.
+TEST_F(LecteurXMLTest, Load_KeepsPathsWithBackslashesAndForgetsAnUnreachableOneAfterOneLine) {
+  EXPECT_EQ(toAnsi(reader.path().c_str()).get(), withBackslashes(file));
   EXPECT_TRUE(reader.load()) << "the backslashed path still names the file";
-}
+  EXPECT_EQ(takeCalls(), "clear;init;parse;");
 
-TEST_F(LecteurXMLTest, Load_OfAnUnreachableFileLogsOnceWithBackslashesAndForgetsThePath) {
   LogCapture log;
   const std::string missing = dir.file("missing.xml");
-  RecordingReader reader(missing);
-  EXPECT_FALSE(reader.load());
-  std::string expected = "The file <" + missing + "> is unreachable";
-  for (auto &c : expected)
-    if (c == '/')
-      c = '\\';
-  ASSERT_EQ(log.lines().size(), 1u);
-  EXPECT_EQ(log.lines()[0], expected);
-  EXPECT_EQ(reader.calls, "") << "no content is touched for an unreachable file";
-  EXPECT_EQ(reader.path().length(), 0u);
-
-  // The path is forgotten for good, even once the file exists.
+  RecordingReader unreachable(missing);
+  EXPECT_FALSE(unreachable.load());
+  const std::string expected = "The file <" + withBackslashes(missing) + "> is unreachable";
+  EXPECT_EQ(log.lines(), std::vector<std::string>{expected});
+  EXPECT_EQ(unreachable.path().length(), 0u);
   writeFile(missing, "<A/>");
-  EXPECT_FALSE(reader.load());
-  EXPECT_FALSE(reader.reloadIfChanged());
-  EXPECT_EQ(reader.calls, "");
+  EXPECT_FALSE(unreachable.load());
+  EXPECT_FALSE(unreachable.reloadIfChanged());
+  EXPECT_EQ(unreachable.calls, "") << "no content is touched";
   EXPECT_EQ(log.lines().size(), 1u);
 }
 
-TEST_F(LecteurXMLTest, ReloadIfChanged_NeverReadsBeforeTheFirstLoad) {
-  RecordingReader reader(file);
+TEST_F(LecteurXMLTest, ReloadIfChanged_OnlyAfterTheFirstLoadAndOnAStrictlyLaterTime) {
   setModificationTime(file, 2000000000);
-  EXPECT_FALSE(reader.reloadIfChanged());
-  EXPECT_EQ(reader.calls, "");
-}
-
-TEST_F(LecteurXMLTest, ReloadIfChanged_ReloadsOnlyWhenTheTimeIsStrictlyLater) {
-  RecordingReader reader(file);
+  EXPECT_FALSE(reader.reloadIfChanged()) << "never before the first load";
+  EXPECT_EQ(takeCalls(), "");
+  setModificationTime(file, 1000000);
   ASSERT_TRUE(reader.load());
-  EXPECT_EQ(reader.calls, "clear;init;parse;");
-  reader.calls.clear();
+  takeCalls();
 
   EXPECT_FALSE(reader.reloadIfChanged()) << "same second";
   setModificationTime(file, 999990);
   EXPECT_FALSE(reader.reloadIfChanged()) << "time set back";
-  EXPECT_EQ(reader.calls, "");
+  EXPECT_EQ(takeCalls(), "");
 
   setModificationTime(file, 1000001);
   EXPECT_TRUE(reader.reloadIfChanged());
-  EXPECT_EQ(reader.calls, "clear;init;parse;");
+  EXPECT_EQ(takeCalls(), "clear;init;parse;");
   EXPECT_FALSE(reader.reloadIfChanged()) << "the new time was recorded";
 }
 
 TEST_F(LecteurXMLTest, ReloadIfChanged_DoesNotRetryAFailedParseUntilTheFileChangesAgain) {
-  RecordingReader reader(file);
   reader.parseSucceeds = false;
   EXPECT_FALSE(reader.load());
-  reader.calls.clear();
+  takeCalls();
   EXPECT_FALSE(reader.reloadIfChanged());
-  EXPECT_EQ(reader.calls, "");
+  EXPECT_EQ(takeCalls(), "");
 
   reader.parseSucceeds = true;
-  touchForward(file);
+  setModificationTime(file, 1000010);
   EXPECT_TRUE(reader.reloadIfChanged());
-  EXPECT_EQ(reader.calls, "clear;init;parse;");
+  EXPECT_EQ(takeCalls(), "clear;init;parse;");
 }
 
-TEST_F(LecteurXMLTest, ReloadIfChanged_ReportsNoChangeWhenTheFileIsGone) {
+// A file gone for a while (deleted, or replaced by a save) is no change and
+// no reason to forget the path.
+TEST_F(LecteurXMLTest, ReloadIfChanged_ReportsNoChangeWhileTheFileIsGone) {
   LogCapture log;
-  RecordingReader reader(file);
   ASSERT_TRUE(reader.load());
-  reader.calls.clear();
+  takeCalls();
   std::remove(file.c_str());
   EXPECT_FALSE(reader.reloadIfChanged());
-  EXPECT_EQ(reader.calls, "");
-  EXPECT_EQ(log.lines().size(), 0u);
-
-  // Back again with a later time: it is read again.
+  EXPECT_EQ(takeCalls(), "");
+  EXPECT_TRUE(log.lines().empty());
   writeFile(file, "<A/>");
   setModificationTime(file, 1000005);
   EXPECT_TRUE(reader.reloadIfChanged());
-}
-
-TEST_F(LecteurXMLTest, EmptyPath_IsQuietlyNothing) {
-  LogCapture log;
-  RecordingReader reader("");
-  EXPECT_FALSE(reader.load());
-  EXPECT_FALSE(reader.reloadIfChanged());
-  EXPECT_TRUE(log.lines().empty());
 }

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-TEST(EntryArenaTest, Allocations_AreAlignedDisjointAndSurviveFreesUntilRelease) {
+TEST(EntryArenaTest, Allocations_AreAlignedDisjointFilledAndSurviveFreesUntilRelease) {
   EntryArena arena;
   // Sizes from tiny to larger than a whole block, interleaved.
   const size_t sizes[] = {1, 64, 0, 28, 4096, 3, 1 << 20, 17, 256 * 1024, 40};
@@ -34,10 +34,7 @@ TEST(EntryArenaTest, Allocations_AreAlignedDisjointAndSurviveFreesUntilRelease) 
   }
   arena.release();
   EXPECT_NE(arena.malloc(8), nullptr) << "usable again after a release";
-}
-
-TEST(EntryArenaTest, Calloc_FillsAndOverflowingSizesAreRefused) {
-  EntryArena arena;
+  // calloc fills with the given value; sizes that overflow are refused.
   char *filled = static_cast<char *>(arena.calloc(10, size_t{3}, 'x'));
   ASSERT_NE(filled, nullptr);
   EXPECT_EQ(std::string(filled, 30), std::string(30, 'x'));

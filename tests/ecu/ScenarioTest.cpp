@@ -1,8 +1,10 @@
+// A scenario read from its file, and the ECU that answers from it.
 #include "ecu/Scenario.h"
+#include "ecu/SimuECU.h"
 #include "platform/CodePage.h"
 #include "support/LogCapture.h"
-#include "support/ScenarioFile.h"
 #include "support/TempDir.h"
+#include "support/XmlFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -22,26 +24,49 @@ class ScenarioTest : public ::testing::Test {
 protected:
   TempDir dir;
   std::string file = dir.file("ecu.xml");
+  long long fileTime = 1000000;
 
-  // Writes the content with a fixed modification time, then loads it.
-  std::unique_ptr<Scenario> loaded(const std::string &content) {
+  // Saves the content `later` seconds after the previous save: an edit the
+  // next look-up reads when `later` is positive.
+  void save(const std::string &content, long long later = 0) {
     writeFile(file, content);
-    setModificationTime(file, 1000000);
+    setModificationTime(file, fileTime += later);
+  }
+  std::unique_ptr<Scenario> loaded(const std::string &content) {
+    save(content);
     auto scenario = std::make_unique<Scenario>(wide(file));
     EXPECT_TRUE(scenario->load());
     return scenario;
   }
   std::unique_ptr<Scenario> loaded(const ScenarioFile &scenario) { return loaded(scenario.xml()); }
 
-  // The answer to `request`, or kNoAnswer when the look-up returns -1.
+  // The text a look-up handed out, or kNoAnswer; one that answered nothing
+  // must leave the response as it was.
+  static std::string textOf(bool answered, const ACE_WString &response) {
+    const std::string text = toAnsi(response.c_str()).get();
+    if (answered)
+      return text;
+    EXPECT_EQ(text, "untouched") << "no answer leaves the response alone";
+    return kNoAnswer;
+  }
   static std::string ask(Scenario &scenario, const std::string &request) {
     ACE_WString response(L"untouched");
-    const int found = scenario.findResponse(wide(request), response);
-    const std::string text = toAnsi(response.c_str()).get();
-    if (found == 0)
-      return text;
-    EXPECT_EQ(text, "untouched") << "a miss leaves the response alone";
-    return kNoAnswer;
+    return textOf(scenario.findResponse(wide(request), response) == 0, response);
+  }
+};
+
+class SimuECUTest : public ScenarioTest {
+protected:
+  std::unique_ptr<SimuECU> ecuOn(const std::string &xml, const std::string &code = "80") {
+    save(xml);
+    return std::make_unique<SimuECU>(0x7E8, 0x7E0, wide(file), wide(code));
+  }
+  static std::string dialog(const std::vector<std::string> &answers) {
+    return ScenarioFile().event("OPENDIALOG", answers).event("1003", {"5003"}).xml();
+  }
+  static std::string answer(SimuECU &ecu, const std::string &request, bool answerUnknown = true) {
+    ACE_WString response(L"untouched");
+    return textOf(ecu.getResponse(wide(request), response, answerUnknown), response);
   }
 };
 
@@ -73,13 +98,9 @@ TEST(ScenarioKeyMatchTest, PatternRules_StoredPatternFirstPrefixLengthAndWildcar
         << c.stored << " / " << c.asked;
 }
 
-TEST_F(ScenarioTest, Buckets_ComeFromTheFirstTwoCharactersAndAre64UntilTheFirstLoadThen32) {
+TEST_F(ScenarioTest, Buckets_OnlyTheFirstTwoCharactersPickTheBucketOfAPattern) {
   EXPECT_EQ(ScenarioKeyHash()(ACE_WString()), 0u);
   EXPECT_EQ(ScenarioKeyHash()(ACE_WString(L"2")), 0u);
-  Scenario scenario(wide(file));
-  EXPECT_EQ(scenario.bucketCount(), 64u);
-  EXPECT_EQ(ask(scenario, "??01"), kNoAnswer) << "nothing is read before the first load";
-
   // A pattern with wildcards in its first two characters is filed under the
   // literal "??": it answers only requests whose prefix shares that bucket.
   std::string same, other;
@@ -88,15 +109,13 @@ TEST_F(ScenarioTest, Buckets_ComeFromTheFirstTwoCharactersAndAre64UntilTheFirstL
     (bucketOf(prefix) == bucketOf("??") ? same : other) = prefix;
   }
   ASSERT_FALSE(same.empty() || other.empty());
-  ScenarioFile().event("??01", {"ANY"}).writeTo(file);
-  ASSERT_TRUE(scenario.load());
-  EXPECT_EQ(scenario.bucketCount(), 32u);
-  EXPECT_EQ(ask(scenario, same + "01"), "ANY");
-  EXPECT_EQ(ask(scenario, other + "01"), kNoAnswer);
-  EXPECT_EQ(ask(scenario, same + "02"), kNoAnswer);
-  touchForward(file);
-  EXPECT_EQ(ask(scenario, same + "01"), "ANY");
-  EXPECT_EQ(scenario.bucketCount(), 32u) << "after a reload too";
+  auto scenario = loaded(ScenarioFile().event("??01", {"ANY"}));
+  ASSERT_EQ(scenario->bucketCount(), 32u);
+  EXPECT_EQ(ask(*scenario, same + "01"), "ANY");
+  EXPECT_EQ(ask(*scenario, other + "01"), kNoAnswer);
+  EXPECT_EQ(ask(*scenario, same + "02"), kNoAnswer);
+  setModificationTime(file, 1000010);
+  EXPECT_EQ(ask(*scenario, same + "01"), "ANY") << "after a reload too";
 }
 
 TEST_F(ScenarioTest, Rotation_AdvancesPerEntryAndRestartsWhenALaterFileIsReloaded) {
@@ -109,15 +128,13 @@ TEST_F(ScenarioTest, Rotation_AdvancesPerEntryAndRestartsWhenALaterFileIsReloade
   EXPECT_EQ(ask(*scenario, "22F190"), "W1") << "one rotation for every request a pattern matches";
   EXPECT_EQ(ask(*scenario, "22F1AA"), "W2");
   EXPECT_EQ(ask(*scenario, "1003"), "A");
-  touchForward(file);
+  setModificationTime(file, 1000010);
   EXPECT_EQ(ask(*scenario, "2EF190"), "R1");
   EXPECT_EQ(ask(*scenario, "22F190"), "W1");
   EXPECT_EQ(ask(*scenario, "1003"), "A");
 
-  // An earlier time is not a change; new content with a later one is.
+  // New content replaces the whole table.
   ScenarioFile().event("1003", {"NEW"}).writeTo(file);
-  setModificationTime(file, 999000);
-  EXPECT_EQ(ask(*scenario, "1003"), "B");
   setModificationTime(file, 1000100);
   EXPECT_EQ(ask(*scenario, "1003"), "NEW");
   EXPECT_EQ(ask(*scenario, "2EF190"), kNoAnswer);
@@ -153,28 +170,24 @@ TEST_F(ScenarioTest, AddEntry_EarlierMatchesAbsorbLaterRequestsAndLaterPatternsS
 
 TEST_F(ScenarioTest, Parse_TakesTheFirstChildOfTheRequeteAndLogsEachSkippedEvent) {
   LogCapture log;
-  auto scenario = loaded(ScenarioFile()
-                             .raw("<EVENEMENT><REQUETE>1001<A>1003</A><X>1002</X></REQUETE>"
-                                  "<REPONSE><G><TRAME>5003</TRAME></G></REPONSE></EVENEMENT>")
-                             .raw("<EVENEMENT><REPONSE><TRAME>X</TRAME></REPONSE></EVENEMENT>")
-                             .raw("<EVENEMENT><REQUETE>1005</REQUETE>"
-                                  "<REPONSE><TRAME>X</TRAME></REPONSE></EVENEMENT>")
-                             .raw("<EVENEMENT><REQUETE><T>1006</T></REQUETE></EVENEMENT>"));
+  auto scenario =
+      loaded(ScenarioFile()
+                 .raw("<EVENEMENT><REQUETE>1001<!-- 1004 --><A>1003</A><X>1002</X></REQUETE>"
+                      "<REPONSE><G><TRAME>5003</TRAME></G></REPONSE></EVENEMENT>")
+                 .raw("<EVENEMENT><REPONSE><TRAME>X</TRAME></REPONSE></EVENEMENT>")
+                 .raw("<EVENEMENT><REQUETE>1005</REQUETE>"
+                      "<REPONSE><TRAME>X</TRAME></REPONSE></EVENEMENT>")
+                 .raw("<EVENEMENT><REQUETE><T>1006</T></REQUETE></EVENEMENT>"));
   EXPECT_EQ(scenario->entryCount(), 1u);
   EXPECT_EQ(ask(*scenario, "1003"), "5003") << "TRAME elements anywhere below the REPONSE";
-  for (const char *ignored : {"1001", "1002", "1005", "1006"})
+  for (const char *ignored : {"1001", "1002", "1004", "1005", "1006"})
     EXPECT_EQ(ask(*scenario, ignored), kNoAnswer) << ignored;
-  std::string stored = file;
-  std::replace(stored.begin(), stored.end(), '/', '\\');
-  const auto lines = log.lines();
-  ASSERT_EQ(lines.size(), 3u);
-  const char *expected[] = {"EVENEMENT number 2 skipped, it has no REQUETE element",
-                            "EVENEMENT number 3 skipped, its REQUETE has no child element",
-                            "EVENEMENT number 4 skipped, it has no REPONSE element"};
-  for (size_t i = 0; i < 3; ++i) {
-    EXPECT_NE(lines[i].find("<" + stored + ">"), std::string::npos) << lines[i];
-    EXPECT_NE(lines[i].find(expected[i]), std::string::npos) << lines[i];
-  }
+  std::string skipped = "Scenario <" + file + ">: EVENEMENT number ";
+  std::replace(skipped.begin(), skipped.end(), '/', '\\');
+  EXPECT_EQ(log.lines(),
+            (std::vector<std::string>{skipped + "2 skipped, it has no REQUETE element",
+                                      skipped + "3 skipped, its REQUETE has no child element",
+                                      skipped + "4 skipped, it has no REPONSE element"}));
 }
 
 TEST_F(ScenarioTest, Load_OfAFileThatIsNoXmlDocumentSucceedsWithAnEmptyTableAndNoLog) {
@@ -186,9 +199,7 @@ TEST_F(ScenarioTest, Load_OfAFileThatIsNoXmlDocumentSucceedsWithAnEmptyTableAndN
     LogCapture log;
     auto scenario = loaded(content);
     EXPECT_EQ(scenario->entryCount(), 0u);
-    EXPECT_EQ(scenario->bucketCount(), 32u);
     EXPECT_EQ(ask(*scenario, "1003"), kNoAnswer);
-    EXPECT_EQ(ask(*scenario, "OPENDIALOG"), kNoAnswer);
     EXPECT_TRUE(log.lines().empty());
   }
 }
@@ -205,20 +216,18 @@ TEST_F(ScenarioTest, Load_OfHugeLongAndDeeplyNestedScenariosKeepsEveryEntryWhole
     std::snprintf(request, sizeof request, "22%04X", i);
     content.event(request, {request + payload});
   }
-  std::string nested;
+  std::string open, close;
   for (int i = 0; i < 100000; ++i)
-    nested += "<D>";
-  nested += "<EVENEMENT><REQUETE><T>3E00</T></REQUETE><REPONSE><TRAME>7E00</TRAME></REPONSE>"
-            "</EVENEMENT>";
-  for (int i = 0; i < 100000; ++i)
-    nested += "</D>";
-  auto scenario = loaded(content.event(longRequest, {longResponse}).raw(nested));
+    open += "<D>", close += "</D>";
+  auto scenario = loaded(content.event(longRequest, {longResponse})
+                             .raw(open +
+                                  "<EVENEMENT><REQUETE><T>3E00</T></REQUETE><REPONSE>"
+                                  "<TRAME>7E00</TRAME></REPONSE></EVENEMENT>" +
+                                  close));
   EXPECT_EQ(scenario->entryCount(), 20002u);
   EXPECT_EQ(ask(*scenario, "220000"), "220000" + payload);
   EXPECT_EQ(ask(*scenario, "224E1F"), "224E1F" + payload);
-  EXPECT_EQ(ask(*scenario, "22FFFF"), kNoAnswer);
   EXPECT_TRUE(ask(*scenario, longRequest) == longResponse) << "the whole response comes back";
-  EXPECT_EQ(ask(*scenario, longRequest.substr(0, 1000)), kNoAnswer);
   EXPECT_EQ(ask(*scenario, "3E00"), "7E00");
 }
 
@@ -254,4 +263,58 @@ TEST_F(ScenarioTest, Lookups_FromSeveralThreadsAdvanceTheRotationOnceEachAndSurv
   for (auto &thread : threads)
     thread.join();
   EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(SimuECUTest, Construction_OnAnUnreachableFileLeavesAnEcuSilentForGood) {
+  SimuECU ecu(1, 2, wide(file), L"80");
+  EXPECT_FALSE(ecu.hasScenario());
+  ScenarioFile().event("1003", {"5003"}).writeTo(file);
+  EXPECT_EQ(answer(ecu, "1003"), kNoAnswer);
+  EXPECT_EQ(answer(ecu, "2201"), kNoAnswer) << "not even a negative response";
+}
+
+TEST_F(SimuECUTest, GetResponse_AnswersUnknownRequestsWithTheNegativeCodeOnlyWhenAsked) {
+  auto ecu = ecuOn(ScenarioFile().event("1003", {"5003"}).xml());
+  EXPECT_EQ(answer(*ecu, "1003"), "5003") << "no OPENDIALOG entry: open";
+  EXPECT_EQ(answer(*ecu, "2201"), "7F2280");
+  EXPECT_EQ(answer(*ecu, "2201", false), kNoAnswer);
+  EXPECT_EQ(answer(*ecu, "1003", false), "5003");
+
+  ecu = ecuOn(ScenarioFile().event("1003", {"5003"}).xml(), "31");
+  EXPECT_EQ(answer(*ecu, "3101FF00"), "7F3131");
+  EXPECT_EQ(answer(*ecu, ""), "31") << "an empty request gets the code alone";
+  EXPECT_EQ(answer(*ecu, "3"), "31");
+
+  ecu = ecuOn("not a scenario", "11");
+  EXPECT_EQ(answer(*ecu, "1003"), "7F1011") << "a file that is no XML still makes a scenario";
+}
+
+TEST_F(SimuECUTest, Dialog_OnlyTheExactTextFalseClosesItUntilTheFileIsEdited) {
+  for (const char *text : {"false", "False", "FALSE ", "", "0"})
+    EXPECT_TRUE(ecuOn(dialog({text}))->isDialogOpen()) << "'" << text << "'";
+  auto ecu = ecuOn(dialog({"FALSE"}));
+  EXPECT_FALSE(ecu->isDialogOpen());
+  EXPECT_EQ(answer(*ecu, "1003"), kNoAnswer);
+  EXPECT_EQ(answer(*ecu, "2201"), kNoAnswer);
+  save(dialog({"TRUE"}), 10);
+  EXPECT_EQ(answer(*ecu, "1003"), "5003");
+  save(dialog({"FALSE"}), 10);
+  EXPECT_FALSE(ecu->isDialogOpen());
+  save(ScenarioFile().event("1003", {"5003"}).xml(), 10);
+  EXPECT_TRUE(ecu->isDialogOpen()) << "entry removed";
+}
+
+TEST_F(SimuECUTest, GetResponse_AdvancesTheDialogRotationFirstThenLooksUpTheRequest) {
+  auto ecu = ecuOn(dialog({"TRUE", "FALSE"}));
+  EXPECT_EQ(answer(*ecu, "1003"), "5003");
+  EXPECT_EQ(answer(*ecu, "1003"), kNoAnswer);
+  EXPECT_EQ(answer(*ecu, "1003"), "5003");
+  EXPECT_FALSE(ecu->isDialogOpen()) << "a dialog check advances the same rotation";
+  EXPECT_EQ(answer(*ecu, "1003"), "5003");
+  // One pattern matches both look-ups: the dialog check takes one text, the
+  // request the next.
+  ecu = ecuOn(ScenarioFile().event("OP*", {"T1", "T2", "T3"}).xml());
+  EXPECT_EQ(answer(*ecu, "OPXX"), "T2");
+  EXPECT_EQ(answer(*ecu, "OPXX"), "T1");
+  EXPECT_EQ(answer(*ecu, "OPXX"), "T3");
 }

@@ -12,7 +12,7 @@ public:
 
   const std::string &path() const { return path_; }
   // The path of `name` inside the directory (with '/').
-  std::string file(const std::string &name) const;
+  std::string file(const std::string &name) const { return path_ + "/" + name; }
 
 private:
   std::string path_;
@@ -21,10 +21,6 @@ private:
 // Writes `content` to `path`, replacing the file.
 void writeFile(const std::string &path, const std::string &content);
 
-// Sets the file's access and modification times to `seconds` since the epoch.
+// Sets the file's access and modification times to `seconds` since the
+// epoch: how a test simulates an edit without waiting for the clock.
 void setModificationTime(const std::string &path, long long seconds);
-// The file's modification time in seconds since the epoch.
-long long modificationTime(const std::string &path);
-// Moves the file's modification time forward, to simulate an edit without
-// waiting for the clock.
-void touchForward(const std::string &path, long long seconds = 10);
