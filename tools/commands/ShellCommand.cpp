@@ -39,10 +39,10 @@ const char kDetails[] =
     "  quit                        end the session (so does the end of input)\n"
     "\n"
     "On a terminal the shell prompts, edits the line and keeps a history of\n"
-    "the session's commands (arrow keys). From a file or a pipe (cansimu shell bench.xml < "
-    "steps.txt) each\n"
-    "command is echoed before its output, '#' starts a comment, and a line that\n"
-    "is not a valid command stops the script with exit status 2.\n";
+    "the session's commands (arrow keys). From a file or a pipe (cansimu shell\n"
+    "bench.xml < steps.txt) each command is echoed before its output, '#'\n"
+    "starts a comment, and a line that is not a valid command stops the script\n"
+    "with exit status 2.\n";
 
 const char kCommandList[] = "commands: reserve, free, mode [N], version, voltages, reset, "
                             "flash IMAGE, rx [MS], inject NAME STATUS [DETAIL], help, quit\n";
