@@ -1,6 +1,7 @@
 #include "device/SimuDevice.h"
 
 #include "core/LogMessage.h"
+#include "core/NumberText.h"
 #include "platform/CodePage.h"
 #include "platform/TDomData.h"
 
@@ -9,8 +10,6 @@
 #include <ace/Time_Value.h>
 
 #include <algorithm>
-#include <cfloat>
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -46,22 +45,18 @@ ACE_WString attributeOf(const TDomData &element, const ACE_WString &name) {
   return value;
 }
 
-// A voltage attribute as strtod reads it, narrowed to a float. Text with no
-// number gives 0 and a value beyond the float range its infinity; both are
-// logged so that a tester sees why the host reads them.
+// A voltage attribute as strtod reads it in the "C" locale, narrowed to a
+// float. Text with no number gives 0 and a value beyond the float range its
+// infinity; both are logged so that a tester sees why the host reads them.
 float voltageFrom(const ACE_WString &name, const ACE_WString &text) {
-  const ACE_CString narrow = toAnsiString(text);
-  char *end = nullptr;
-  const double value = ACE_OS::strtod(narrow.c_str(), &end);
-  if (end == narrow.c_str())
+  const DecimalReading reading = readDecimal(text);
+  if (!reading.isNumber)
     logMessage(ACE_WString(L"VOLTAGES ") + name + ACE_WString(L" <") + text +
                ACE_WString(L"> holds no number: read as 0"));
-  if (std::isfinite(value) && std::fabs(value) > FLT_MAX) {
+  if (reading.beyondFloat)
     logMessage(ACE_WString(L"VOLTAGES ") + name + ACE_WString(L" <") + text +
                ACE_WString(L"> is beyond a 32-bit float: read as infinite"));
-    return value > 0 ? HUGE_VALF : -HUGE_VALF;
-  }
-  return static_cast<float>(value);
+  return reading.value;
 }
 
 // Copies a version text into its 11-byte host field, zero-filled. A text

@@ -1,0 +1,34 @@
+#include "core/NumberText.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+TEST(NumberText, HexReadsAsStrtolBase16ClampedToTheSigned32BitRange) {
+  const std::pair<const wchar_t *, ACE_UINT32> cases[] = {
+      {L"7E0", 0x7E0},
+      {L"0x7E0", 0x7E0},
+      {L"7e0", 0x7E0},
+      {L" \t7E0", 0x7E0},
+      {L"7E0zz", 0x7E0},
+      {L"+0X1f", 0x1F},
+      {L"-10", 0xFFFFFFF0},
+      {L"zz", 0},
+      {L"0x", 0},
+      {L"7FFFFFFF", 0x7FFFFFFF},
+      {L"FFFFFFFFF", 0x7FFFFFFF},
+      {L"-FFFFFFFFF", 0x80000000},
+  };
+  for (const auto &[text, value] : cases)
+    EXPECT_EQ(hexNumber(text), value) << std::wstring(text).size();
+}
+
+TEST(NumberText, DecimalsReadAsStrtodNarrowedToAFloat) {
+  EXPECT_FLOAT_EQ(readDecimal(L" 12,5").value, 12.0f) << "the decimal point is a point";
+  EXPECT_FLOAT_EQ(readDecimal(L"-1.5e1V").value, -15.0f);
+  const DecimalReading none = readDecimal(L"V12");
+  EXPECT_TRUE(!none.isNumber && none.value == 0.0f);
+  const DecimalReading huge = readDecimal(L"-1e300");
+  EXPECT_TRUE(huge.beyondFloat && std::isinf(huge.value) && huge.value < 0);
+}
