@@ -173,13 +173,19 @@ typedef struct DownloadResult {
   uint8_t written;   /* 1 once the download has written the record */
 } DownloadResult;
 
-/* Port event types with names; the other injectable types (300 to 322, 400,
- * 401) carry the small payloads the port documents. */
+/* Port event types with names. The other types a harness may inject carry
+ * small payloads: 300 to 306, 308, 309, 316 to 319 and 322 one byte (the
+ * injected value); 307 and 321 16 bytes (the value, and 1 at byte 4); 310 and
+ * 314 12 bytes, 315 8 bytes, 400 24 bytes (the value at byte 0); 312 two
+ * bytes (the value, 0); 401 24 zero bytes; 324 and 325 none. */
 #define PRT_TYPE_ENDFIFO 0u
-#define PRT_TYPE_CAN_PARAM 311u
-#define PRT_TYPE_STATE 313u
-#define PRT_TYPE_MES_PHYS 320u
-#define PRT_TYPE_FRAME 323u
+#define PRT_TYPE_CAN_PARAM 311u /* a CAN_ParamPort */
+#define PRT_TYPE_STATE 313u     /* a CAN_StatePort */
+#define PRT_TYPE_MES_PHYS 320u  /* a CAN_MesPhysPort */
+#define PRT_TYPE_FRAME 323u     /* a CAN_FramePort */
+
+/* The identifier that offers a raw frame to every ECU of the bus. */
+#define CAN_BROADCAST_ID 0x7D0u
 
 /* Port event (24 bytes on 32-bit hosts). */
 typedef struct CAN_EventPort {
@@ -407,6 +413,86 @@ CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DevHC16Reset(CAN_DEV_HANDLE device);
 CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DevBoardTeleFirm(CAN_DEV_HANDLE device,
                                                          const char *firmwarePath,
                                                          DownloadResult *result);
+
+/* The host's handle on the simulated port, from CAN_PrtReservation. */
+typedef void *CAN_PRT_HANDLE;
+
+/* Lists the device's one port: records must be null on entry (else 21);
+ * count = 1 and records = a malloc'd CAN_EnumPort, 0; 7 while the device is
+ * disconnected; 4 without memory. An armed status answers before the list
+ * is looked at. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtEnumerate(CAN_DEV_HANDLE device, CAN_EnumList *ports);
+/* Reserves port 96 (only the number's low byte counts): 0 with the handle, 13
+ * for another number, 6 when already reserved (handle null after both), 7
+ * while disconnected (handle untouched). */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtReservation(CAN_DEV_HANDLE device, uint32_t portNumber,
+                                                       CAN_PRT_HANDLE *port);
+/* Releases the reservation. Always 0. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtFree(CAN_PRT_HANDLE port);
+/* The measured bus voltages, in mode 3: 0, 4 in another mode, 7 while
+ * disconnected. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtGetMesPhys(CAN_PRT_HANDLE port, CAN_MesPhysPort *values);
+/* The CAN parameters, stored and given back unchanged, in mode 1: 0, 4 in
+ * another mode, 7 while disconnected. Byte 0 of the block is never touched. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtSetCanParam(CAN_PRT_HANDLE port, CAN_ParamPort *params);
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtGetCanParam(CAN_PRT_HANDLE port, CAN_ParamPort *params);
+/* Baud-rate detection in mode 1, playing the configuration's DETBAUDRATE
+ * texts in turn: 0 with the first candidate copied into the answer, or the
+ * status the text names (4 for an unknown text); 21 for no candidates, 4 in
+ * another mode, 7 while disconnected. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtDetBaudRate(CAN_PRT_HANDLE port,
+                                                       const CAN_BaudSearchPort *request,
+                                                       CAN_BaudFoundPort *answer);
+/* Keeps a copy of the host's association table, in mode 1: 0; 1 with
+ * {14, 0} in another mode, 1 with {6, 0} for an empty table (the held table
+ * stays); 21 for entries that are null, 4 without memory; 7 while
+ * disconnected. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtLoadAssocTable(CAN_PRT_HANDLE port,
+                                                          const CAN_AssocTable *table,
+                                                          AssocResult *result);
+/* Accepted without effect in mode 1: 0, 4 in another mode, 7 while
+ * disconnected. Nothing is read from the arguments. *detail is written only
+ * by an injected status. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtSetVoie(CAN_PRT_HANDLE port, uint32_t line,
+                                                   uint8_t *detail);
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtSetHardFilt(CAN_PRT_HANDLE port, const void *filter,
+                                                       uint8_t *detail);
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtSetSoftFilt(CAN_PRT_HANDLE port, const void *filter,
+                                                       uint8_t *detail);
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtSetParamFlux(CAN_PRT_HANDLE port, const void *params,
+                                                        uint32_t value);
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtRegulationOn(CAN_PRT_HANDLE port, uint32_t value,
+                                                        const void *params);
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtRegulationOff(CAN_PRT_HANDLE port, const void *params);
+/* The port's constant state, in any mode: 0, 7 while disconnected. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtPortGetState(CAN_PRT_HANDLE port, CAN_StatePort *state);
+/* Cyclic frames and the controller re-init: accepted without effect, 0. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtSetSndCycl(CAN_PRT_HANDLE port, const void *cycle,
+                                                      uint32_t value, uint8_t *detail);
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtActSndCycl(CAN_PRT_HANDLE port, uint32_t cycle,
+                                                      uint8_t *detail);
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtUpdSndCycl(CAN_PRT_HANDLE port, const void *cycle,
+                                                      uint8_t *detail);
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtDActSndCycl(CAN_PRT_HANDLE port, uint32_t cycle,
+                                                       uint8_t *detail);
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtDelSndCycl(CAN_PRT_HANDLE port, uint32_t cycle,
+                                                      uint8_t *detail);
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtCtrlReinit(CAN_PRT_HANDLE port, const void *params);
+/* Puts a raw frame on the bus in mode 2: the ECU listening on its identifier
+ * (every ECU for 0x7D0) answers with PRT_TYPE_FRAME events carrying its idRx.
+ * 0 whether or not an ECU answered; 21 for a length above 8; 4 in another
+ * mode or when an answer cannot be queued; 7 while disconnected. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtSendTrame(CAN_PRT_HANDLE port,
+                                                     const CAN_FramePort *frame, uint8_t *detail);
+/* Takes the oldest port event, waiting up to timeoutMs: 0, 3 on timeout, 7
+ * while disconnected, 21 for a null pointer, 4 for a zero timeout. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtRxMsg(CAN_PRT_HANDLE port, CAN_EventPort **event,
+                                                 uint32_t *pending, uint32_t timeoutMs);
+/* Queues the port end marker, waking a blocked CAN_PrtRxMsg: 0, 4 when the
+ * queue refuses it. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtEndFifo(CAN_PRT_HANDLE port);
+/* Releases a record from CAN_PrtRxMsg with its payload; null is accepted. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtFreeRxMsg(CAN_EventPort *event);
 
 /* Test hook: arms the status the next call of the named export returns, or,
  * for "CAN_DrvRxMsg", "CAN_DevRxMsg" and "CAN_PrtRxMsg", queues an event of

@@ -24,7 +24,7 @@ CANSIMU_API void CANSIMU_CALL setNextCANStatus(const char *exportName, uint32_t 
     } else if (named(name, "CAN_DevRxMsg")) {
       SimuDriver::instance()->device->injectEvent(static_cast<ACE_INT32>(status), detailByte);
     } else if (named(name, "CAN_PrtRxMsg")) {
-      // The port queue has no injectable events yet.
+      SimuDriver::instance()->device->port->injectEvent(static_cast<ACE_INT32>(status), detailByte);
     } else {
       InjectionTable::arm(name, InjectedStatus{status, detailByte});
     }

@@ -169,6 +169,24 @@ CAN_STATUS SimuDevice::reserve(const char *name, void **handle) {
   return E_SUCCESS;
 }
 
+CAN_STATUS SimuDevice::enumeratePorts(CAN_EnumList &list) const {
+  if (!connected)
+    return E_DISCONNECTED;
+  auto *record = allocateZeroed<CAN_EnumPort>();
+  if (record == nullptr)
+    return E_INVALID;
+  port->describe(*record);
+  list.count = 1;
+  list.records = record;
+  return E_SUCCESS;
+}
+
+CAN_STATUS SimuDevice::reservePort(ACE_UINT32 number, void **handle) {
+  if (!connected)
+    return E_DISCONNECTED;
+  return port->reserve(number, handle);
+}
+
 CAN_STATUS SimuDevice::free() {
   if (port->reserved)
     return E_INVALID;
@@ -198,9 +216,7 @@ CAN_STATUS SimuDevice::getConfig(CAN_ConfigDev &record, bool checkConnected) con
   auto *ports = allocateZeroed<CAN_EnumPort>();
   if (ports == nullptr)
     return E_INVALID;
-  ports->resultByte = 0;
-  ports->portNumber = port->portNumber;
-  ports->reserved = port->reserved ? 1 : 0;
+  port->describe(*ports);
   copyVersions(record, versions);
   record.count = 1;
   record.ports = ports;

@@ -29,6 +29,14 @@ public:
   // the document to the port. Missing values keep the previous ones.
   void readConfiguration(const TDomData &document);
 
+  // Lists the device's one port for CAN_PrtEnumerate: 7 while disconnected,
+  // 4 without memory (records left null); else count 1 and a malloc'd
+  // CAN_EnumPort, 0.
+  CAN_STATUS enumeratePorts(CAN_EnumList &list) const;
+  // Reserves the port for CAN_PrtReservation: 7 while disconnected, with
+  // `handle` untouched; else SimuPort::reserve.
+  CAN_STATUS reservePort(ACE_UINT32 number, void **handle);
+
   // Reservation by serial number: 13 for another name (before any other
   // check), 6 when already reserved, 7 while disconnected; else 0 and
   // `handle` = this. `handle` is null after any refusal.

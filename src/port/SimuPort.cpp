@@ -1,5 +1,242 @@
 #include "port/SimuPort.h"
 
-#include "platform/TDomData.h"
+#include "core/LogMessage.h"
+#include "ecu/SimuECU.h"
 
-void SimuPort::readConfiguration(const TDomData &document) { static_cast<void>(document); }
+#include <ace/Guard_T.h>
+
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <string>
+
+namespace {
+
+// The ECU table's fixed number of buckets.
+const size_t kEcuBuckets = 32;
+
+// Why CAN_PrtLoadAssocTable refused a table, in its result record.
+const ACE_UINT8 kAssocWrongMode = 14;
+const ACE_UINT8 kAssocEmpty = 6;
+
+// The position in the baud-rate script. It belongs to the process, not to a
+// port: neither a configuration re-read nor CAN_DrvEnd moves it back.
+ACE_UINT32 baudRateCursor = 0;
+
+// The statuses a DETBAUDRATE text may name, compared whole and
+// case-sensitively; any other text gives 4.
+CAN_STATUS statusOfDetectionText(const ACE_WString &text) {
+  static const struct {
+    const wchar_t *name;
+    CAN_STATUS status;
+  } outcomes[] = {{L"E_SUCCESS", E_SUCCESS},
+                  {L"E_BOARD_ERROR_1", E_BOARD_ERROR_1},
+                  {L"E_BOARD_ERROR_2", E_BOARD_ERROR_2},
+                  {L"E_BUSOFF", E_BUSOFF},
+                  {L"E_DISCONNECTED", E_DISCONNECTED},
+                  {L"E_DENIED_KERNEL_ACCESS", E_DENIED_KERNEL_ACCESS},
+                  {L"E_KERNEL_RW_ERROR", E_KERNEL_RW_ERROR},
+                  {L"E_NOMEM", E_NOMEM},
+                  {L"E_RECONF_PROGRESS", E_RECONF_PROGRESS}};
+  for (const auto &outcome : outcomes)
+    if (text == ACE_WString(outcome.name))
+      return outcome.status;
+  return E_INVALID;
+}
+
+ACE_WString decimal(size_t value) { return ACE_WString(std::to_wstring(value).c_str()); }
+
+} // namespace
+
+SimuPort::SimuPort() : ecuByIdTx(kEcuBuckets) {}
+
+SimuPort::~SimuPort() {
+  assocEntries.reset();
+  freeEcus.clear();
+  ecuByIdTx.unbind_all();
+  ownedEcus.clear();
+  // Records nobody read are released as CAN_PrtFreeRxMsg would release them.
+  events.drain(releasePayload);
+}
+
+CAN_STATUS SimuPort::stateFor(ACE_UINT32 required) const {
+  if (!deviceConnected)
+    return E_DISCONNECTED;
+  return mode == required ? E_SUCCESS : E_INVALID;
+}
+
+CAN_STATUS SimuPort::reserve(ACE_UINT32 number, void **handle) {
+  *handle = nullptr;
+  if ((number & 0xFFu) != portNumber)
+    return E_NOT_FOUND;
+  bool wasReserved = false;
+  if (!reserved.compare_exchange_strong(wasReserved, true))
+    return E_ALREADY_RESERVED;
+  *handle = this;
+  return E_SUCCESS;
+}
+
+CAN_STATUS SimuPort::free() {
+  reserved = false;
+  return E_SUCCESS;
+}
+
+void SimuPort::describe(CAN_EnumPort &record) const {
+  record.resultByte = 0;
+  record.portNumber = portNumber;
+  record.reserved = reserved ? 1 : 0;
+}
+
+CAN_STATUS SimuPort::getMesPhys(CAN_MesPhysPort &record, bool checkState) const {
+  if (checkState) {
+    const CAN_STATUS state = stateFor(3);
+    if (state != E_SUCCESS)
+      return state;
+  }
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
+  record.resultByte = 0;
+  record.batteryVoltage = batteryVoltage;
+  record.canHmin = canHmin;
+  record.canHmax = canHmax;
+  record.canLmin = canLmin;
+  record.canLmax = canLmax;
+  return E_SUCCESS;
+}
+
+CAN_STATUS SimuPort::setCanParam(const CAN_ParamPort &params) {
+  const CAN_STATUS state = stateFor(1);
+  if (state != E_SUCCESS)
+    return state;
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
+  canParams.param1 = params.param1;
+  canParams.param2 = params.param2;
+  canParams.param3 = params.param3;
+  canParams.param4 = params.param4;
+  canParams.param5 = params.param5;
+  canParams.param6 = params.param6;
+  return E_SUCCESS;
+}
+
+CAN_STATUS SimuPort::getCanParam(CAN_ParamPort &params, bool checkState) const {
+  if (checkState) {
+    const CAN_STATUS state = stateFor(1);
+    if (state != E_SUCCESS)
+      return state;
+  }
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
+  params.param1 = canParams.param1;
+  params.param2 = canParams.param2;
+  params.param3 = canParams.param3;
+  params.param4 = canParams.param4;
+  params.param5 = canParams.param5;
+  params.param6 = canParams.param6;
+  return E_SUCCESS;
+}
+
+CAN_STATUS SimuPort::getState(CAN_StatePort &record, bool checkState) const {
+  if (checkState && !deviceConnected)
+    return E_DISCONNECTED;
+  record.resultByte = 0;
+  record.word4 = 1;
+  record.word8 = 1;
+  record.word12 = 0;
+  record.bytes16[0] = 0;
+  record.bytes16[1] = 0xFF;
+  record.bytes16[2] = 0;
+  record.bytes16[3] = 0;
+  return E_SUCCESS;
+}
+
+CAN_STATUS SimuPort::checkReady() const { return stateFor(1); }
+
+CAN_STATUS SimuPort::detBaudRate(const CAN_BaudSearchPort *request, CAN_BaudFoundPort *answer) {
+  const CAN_STATUS state = stateFor(1);
+  if (state != E_SUCCESS)
+    return state;
+  if (request == nullptr || request->candidateCount == 0 || answer == nullptr)
+    return E_NULL_POINTER;
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
+  // A re-read may have shortened the script below the cursor.
+  if (baudRateCursor >= baudRateResults.size())
+    baudRateCursor = 0;
+  const bool succeeds =
+      baudRateResults.size() == 0 || baudRateResults[baudRateCursor] == ACE_WString(L"E_SUCCESS");
+  const CAN_STATUS outcome =
+      succeeds ? E_SUCCESS : statusOfDetectionText(baudRateResults[baudRateCursor]);
+  ++baudRateCursor;
+  if (succeeds) {
+    answer->resultByte = 0;
+    answer->found = request->candidates[0];
+  }
+  return outcome;
+}
+
+CAN_STATUS SimuPort::loadAssocTable(const CAN_AssocTable &table, AssocResult &result) {
+  if (!deviceConnected)
+    return E_DISCONNECTED;
+  if (mode != 1) {
+    result.errorCode = kAssocWrongMode;
+    result.zero = 0;
+    return E_BOARD_ERROR_1;
+  }
+  if (table.count == 0) {
+    result.errorCode = kAssocEmpty;
+    result.zero = 0;
+    return E_BOARD_ERROR_1;
+  }
+  if (table.entries == nullptr) {
+    logMessage(L"CAN_PrtLoadAssocTable: the table holds " + decimal(table.count) +
+               L" entries but its entry pointer is null");
+    return E_NULL_POINTER;
+  }
+  // Copied before the held table is released, so a refusal keeps it.
+  std::unique_ptr<CAN_AssocEntry[]> copy;
+  if (table.count <= SIZE_MAX / sizeof(CAN_AssocEntry))
+    copy.reset(new (std::nothrow) CAN_AssocEntry[table.count]);
+  if (!copy) {
+    logMessage(L"CAN_PrtLoadAssocTable: no memory for a table of " + decimal(table.count) +
+               L" entries");
+    return E_INVALID;
+  }
+  std::memcpy(copy.get(), table.entries, table.count * sizeof(CAN_AssocEntry));
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
+  assocEntries = std::move(copy);
+  assocCount = table.count;
+  return E_SUCCESS;
+}
+
+bool SimuPort::addressByIdRx(ACE_UINT32 idRx, ACE_UINT8 &address) const {
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, false);
+  for (ACE_UINT32 i = 0; i < assocCount; ++i) {
+    if (assocEntries[i].idRx == idRx) {
+      address = assocEntries[i].ecuAddress;
+      return true;
+    }
+  }
+  return false;
+}
+
+bool SimuPort::idTxByAddress(ACE_UINT8 address, ACE_UINT32 &idTx) const {
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, false);
+  for (ACE_UINT32 i = 0; i < assocCount; ++i) {
+    if (assocEntries[i].ecuAddress == address) {
+      idTx = assocEntries[i].idTx;
+      return true;
+    }
+  }
+  return false;
+}
+
+std::vector<SimuECU *> SimuPort::ecusInTableOrder() const {
+  std::vector<SimuECU *> ecus;
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, ecus);
+  ecus.reserve(ecuByIdTx.current_size());
+  for (EcuTable::const_iterator it = ecuByIdTx.begin(); it != ecuByIdTx.end(); ++it)
+    ecus.push_back((*it).int_id_);
+  return ecus;
+}
+
+size_t SimuPort::freeEcuCount() const {
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, 0);
+  return freeEcus.size();
+}

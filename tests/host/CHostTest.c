@@ -1,5 +1,5 @@
 /* A C host: includes the public header under strict C and drives the driver
- * queue through the exports. Exits non-zero on the first mismatch. */
+ * and port queues through the exports. Exits non-zero on the first mismatch. */
 #include "cansimu/cansimu.h"
 
 #include <stdio.h>
@@ -33,6 +33,19 @@ int main(void) {
   EXPECT(event->type == DRV_TYPE_ENDFIFO && event->data == NULL);
   EXPECT(CAN_DrvFreeRxMsg(event) == E_SUCCESS);
   EXPECT(CAN_DrvFreeRxMsg(NULL) == E_SUCCESS);
+
+  {
+    CAN_DEV_HANDLE device = NULL;
+    CAN_PRT_HANDLE port = NULL;
+    CAN_EventPort *portEvent = NULL;
+    EXPECT(CAN_DevReservation("", &device) == E_SUCCESS);
+    EXPECT(CAN_PrtReservation(device, 96, &port) == E_SUCCESS && port != NULL);
+    setNextCANStatus("CAN_PrtRxMsg", PRT_TYPE_FRAME, 0);
+    EXPECT(CAN_PrtRxMsg(port, &portEvent, &pending, 1000) == E_SUCCESS);
+    EXPECT(portEvent->type == PRT_TYPE_FRAME && ((CAN_FramePort *)portEvent->data)->length == 0);
+    EXPECT(CAN_PrtFreeRxMsg(portEvent) == E_SUCCESS);
+    EXPECT(CAN_PrtFree(port) == E_SUCCESS && CAN_DevFree(device) == E_SUCCESS);
+  }
 
   setLogInformationMethod(NULL);
   setLogErrorMethod((void *)&pending);
