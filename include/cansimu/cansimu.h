@@ -287,8 +287,28 @@ typedef struct CAN_FramePort {
   uint32_t timestamp; /* low 32 bits of the high-resolution clock */
 } CAN_FramePort;
 
-/* Channel event types. */
-#define CHN_TYPE_ENDFIFO 0u
+/* Channel event types, with what the event carries: a CAN_ChnResult in data
+ * (short form, 24 bytes, or frame form with frameLength and frameData), a
+ * copy of the request in request (null for the request of a session's
+ * opening), or nothing. A scenario answer selects a type by its name. */
+#define CHN_TYPE_ENDFIFO 0u                              /* nothing */
+#define CHN_TYPE_CRSNDDIAGFRAME 400u                     /* short result */
+#define CHN_TYPE_SEND_FAILED_LOSSOFCOM 2000u             /* request copy */
+#define CHN_TYPE_SEND_FAILED_CRNEG 2001u                 /* short result, request copy */
+#define CHN_TYPE_SEND_FAILED_TIMEOUT 2002u               /* request copy */
+#define CHN_TYPE_SEND_FAILED_INTERNAL_DRIVER_ERROR 2003u /* request copy */
+#define CHN_TYPE_RCV_CORRUPTED_FRAME 2004u               /* frame result */
+#define CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT 2005u          /* frame result */
+#define CHN_TYPE_REQ_1_0_EMITTED 2006u                   /* request copy */
+#define CHN_TYPE_RCV_FAILED_TIMEOUT 2007u                /* request copy */
+#define CHN_TYPE_RCV_SUCCESS 2008u                       /* frame result: an ECU's answer */
+#define CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED 2009u        /* frame result */
+#define CHN_TYPE_RCV_FAILED_NO_RESPONSE 2010u            /* request copy */
+#define CHN_TYPE_END_OF_RCV 2011u                        /* nothing: a broadcast exchange ended */
+
+/* Channel types of CAN_ChnCreate. */
+#define CHN_ONE_TO_ONE 0u
+#define CHN_BROADCAST 1u
 
 /* Channel event (24 bytes on 32-bit hosts). */
 typedef struct CAN_EventChn {
@@ -493,6 +513,47 @@ CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtRxMsg(CAN_PRT_HANDLE port, CAN_EventP
 CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtEndFifo(CAN_PRT_HANDLE port);
 /* Releases a record from CAN_PrtRxMsg with its payload; null is accepted. */
 CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_PrtFreeRxMsg(CAN_EventPort *event);
+
+/* The host's handle on a diagnostic channel, from CAN_ChnCreate. */
+typedef void *CAN_CHN_HANDLE;
+
+/* The channel family answers 4 (E_INVALID) for every null pointer. */
+
+/* Lists the port's channels in creation order: count and a malloc'd array of
+ * CAN_ChnInfo (released by the host with free()). 0; 4 without memory. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_ChnEnumerate(CAN_PRT_HANDLE port, CAN_EnumList *channels);
+/* Creates a channel of `type` (CHN_ONE_TO_ONE, CHN_BROADCAST) on the port: 0
+ * with the handle; 26 for a broadcast channel on a port that has channels. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_ChnCreate(CAN_PRT_HANDLE port, uint32_t type,
+                                                  uint32_t value, CAN_CHN_HANDLE *channel);
+/* Frees a channel whose session is closed, giving its ECUs back: 0; 4 while
+ * its session is open (the channel stays). */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_ChnFree(CAN_CHN_HANDLE channel);
+/* Attaches the ECU whose address the association table maps to an idTx (a
+ * broadcast channel: every free ECU) and keeps the start frame and the echo
+ * values: 0; 4, with a log line, when no ECU was found. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_ChnConfig(CAN_CHN_HANDLE channel,
+                                                  const CAN_ChnConfigRec *config);
+/* Opens the session of a configured channel: 0; 4 when not configured or,
+ * one-to-one, when the ECU refuses the dialog. Other types send their start
+ * frame first, as a request. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_ChnOpenSession(CAN_CHN_HANDLE channel);
+/* 0; 4 when no session is open. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_ChnCloseSession(CAN_CHN_HANDLE channel);
+/* Sends a request to the channel's ECUs; every answer is queued as a channel
+ * event (or, for an ECU outside the association table, a port frame) before
+ * it returns: 0; 4 when the session is not open or request->data is null. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_ChnSendDiag(CAN_CHN_HANDLE channel,
+                                                    const CAN_DiagMsg *request);
+/* Takes the oldest channel event, waiting up to timeoutMs: 0, 3 on timeout,
+ * 4 for a null pointer or a zero timeout. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_ChnRxMsg(CAN_CHN_HANDLE channel, CAN_EventChn **event,
+                                                 uint32_t *pending, uint32_t timeoutMs);
+/* Releases a record from CAN_ChnRxMsg with its result, frame and request
+ * copy; null is accepted. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_ChnFreeRxMsg(CAN_EventChn *event);
+/* Queues the channel end marker: 0; 4 while the session is open. */
+CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_ChnEndFifo(CAN_CHN_HANDLE channel);
 
 /* Test hook: arms the status the next call of the named export returns, or,
  * for "CAN_DrvRxMsg", "CAN_DevRxMsg" and "CAN_PrtRxMsg", queues an event of

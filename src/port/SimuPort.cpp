@@ -1,11 +1,13 @@
 #include "port/SimuPort.h"
 
+#include "channel/SimuChannel.h"
 #include "core/LogMessage.h"
 #include "ecu/SimuECU.h"
 
 #include <ace/Guard_T.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <string>
@@ -52,6 +54,12 @@ SimuPort::SimuPort() : ecuByIdTx(kEcuBuckets) {}
 
 SimuPort::~SimuPort() {
   assocEntries.reset();
+  // Each channel gives its ECUs back before it goes, as CAN_ChnFree would.
+  while (!channels.empty()) {
+    SimuChannel *channel = *channels.begin();
+    removeChannel(*channel);
+    delete channel;
+  }
   freeEcus.clear();
   ecuByIdTx.unbind_all();
   ownedEcus.clear();
@@ -239,4 +247,62 @@ std::vector<SimuECU *> SimuPort::ecusInTableOrder() const {
 size_t SimuPort::freeEcuCount() const {
   ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, 0);
   return freeEcus.size();
+}
+
+CAN_STATUS SimuPort::createChannel(ACE_UINT32 type, void **handle) {
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
+  // A broadcast channel can only be the port's first.
+  if (type == CHN_BROADCAST && !channels.empty())
+    return E_CHANNEL_REFUSED;
+  std::unique_ptr<SimuChannel> channel(new SimuChannel(*this, type));
+  channels.insert(channel.get());
+  *handle = channel.release();
+  return E_SUCCESS;
+}
+
+CAN_STATUS SimuPort::enumerateChannels(CAN_EnumList &list) const {
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
+  const size_t count = channels.size();
+  auto *records =
+      static_cast<CAN_ChnInfo *>(std::calloc(count == 0 ? 1 : count, sizeof(CAN_ChnInfo)));
+  if (records == nullptr) {
+    logMessage(L"CAN_ChnEnumerate: no memory for " + decimal(count) + L" channel records");
+    return E_INVALID;
+  }
+  size_t i = 0;
+  for (const SimuChannel *channel : channels)
+    channel->describe(records[i++]);
+  list.count = static_cast<ACE_UINT32>(count);
+  list.records = records;
+  return E_SUCCESS;
+}
+
+bool SimuPort::attachEcus(ACE_UINT32 type, ACE_UINT8 address, PointerSet<SimuECU> &set) {
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, false);
+  set.clear();
+  ACE_UINT32 idTx = 0;
+  const bool known = idTxByAddress(address, idTx);
+  if (type == CHN_BROADCAST) {
+    set = freeEcus;
+    freeEcus.clear();
+    return !set.empty();
+  }
+  SimuECU *ecu = nullptr;
+  if (known && ecuByIdTx.find(idTx, ecu) == 0) {
+    set.insert(ecu);
+    freeEcus.remove(ecu);
+  }
+  return !set.empty();
+}
+
+void SimuPort::removeChannel(SimuChannel &channel) {
+  ACE_GUARD(ACE_Recursive_Thread_Mutex, guard, lock);
+  for (SimuECU *ecu : channel.ecus)
+    freeEcus.insert(ecu);
+  channels.remove(&channel);
+}
+
+std::vector<SimuECU *> SimuPort::copyOf(const PointerSet<SimuECU> &set) const {
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, std::vector<SimuECU *>());
+  return std::vector<SimuECU *>(set.begin(), set.end());
 }

@@ -30,14 +30,15 @@
 #include <memory>
 #include <vector>
 
+class SimuChannel;
 class SimuECU;
 class TDomData;
 
 class SimuPort : public SimuObject {
 public:
   SimuPort();
-  // Releases the association table, destroys every ECU, then releases the
-  // payloads of events nobody read.
+  // Releases the association table, frees and destroys every channel,
+  // destroys every ECU, then releases the payloads of events nobody read.
   ~SimuPort() override;
 
   // Reads the port's part of the configuration document, which the device
@@ -93,6 +94,23 @@ public:
   // event from `canId`. False, with a log line, when it could not be queued.
   bool enqueueResponse(ACE_UINT32 canId, const ACE_WString &response);
 
+  // The channel operations. createChannel: 26 for a broadcast channel
+  // (type 1) on a port that has channels, else 0 with the new channel in
+  // `handle`. enumerateChannels: the channels in creation order in a
+  // malloc'd array of CAN_ChnInfo (4 without memory).
+  CAN_STATUS createChannel(ACE_UINT32 type, void **handle);
+  CAN_STATUS enumerateChannels(CAN_EnumList &list) const;
+  // Replaces a channel's ECU set: a broadcast channel (type 1) takes every
+  // free ECU; another type takes the ECU of the association table's idTx for
+  // `address`, out of the free set if it is there. The ECUs the set held are
+  // not given back. True when the set is not empty.
+  bool attachEcus(ACE_UINT32 type, ACE_UINT8 address, PointerSet<SimuECU> &set);
+  // Gives the channel's ECUs back to the free set and forgets the channel;
+  // its owner then destroys it.
+  void removeChannel(SimuChannel &channel);
+  // A copy of a set the port guards (a channel's ECUs).
+  std::vector<SimuECU *> copyOf(const PointerSet<SimuECU> &set) const;
+
   // Follows the device's host-visible connection state.
   void setDeviceConnected(bool connected) { deviceConnected = connected; }
 
@@ -146,6 +164,8 @@ private:
   ACE_UINT32 assocCount = 0;
   EcuTable ecuByIdTx;
   PointerSet<SimuECU> freeEcus;
+  // The channels, owned, in creation order.
+  PointerSet<SimuChannel> channels;
   // Every ECU the configuration reads created, in creation order.
   std::vector<std::unique_ptr<SimuECU>> ownedEcus;
   ACE_WString negativeCode;

@@ -13,3 +13,7 @@ inline bool isEndMarker(const CAN_EventPort &event) {
   return event.type == 0 && event.reserved1 == 0 && event.reserved2 == 0 && event.reserved3 == 0 &&
          event.data == nullptr && event.reserved4 == 0;
 }
+inline bool isEndMarker(const CAN_EventChn &event) {
+  return event.type == 0 && event.reserved1 == 0 && event.reserved2 == 0 &&
+         event.reserved3 == 0 && event.data == nullptr && event.request == nullptr;
+}

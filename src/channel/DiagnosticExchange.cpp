@@ -1,0 +1,274 @@
+// The diagnostic exchange: one request on a channel, each of its ECUs asked
+// for its answer, every answer queued as a channel event (or, for an ECU
+// outside the association table, as a CAN frame on the port) before the
+// host's call returns.
+//
+// A scenario answer is a hex frame, or up to three comma-separated fields: a
+// channel event type name, the frame, a result code name. That is how a
+// scenario makes the library report failures, time-outs and corrupt frames.
+#include "channel/SimuChannel.h"
+
+#include "core/HexText.h"
+#include "core/LogMessage.h"
+#include "core/LogText.h"
+#include "ecu/SimuECU.h"
+#include "platform/CodePage.h"
+#include "port/SimuPort.h"
+
+#include <ace/OS_NS_time.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+namespace {
+
+// The request and response lines are formatted into buffers of this size.
+const size_t kLineCapacity = 512;
+// The longest frame an answer delivers: the classic ISO-TP limit.
+const size_t kMaxFrameBytes = 4095;
+// The short form of CAN_ChnResult ends where the frame fields begin.
+const size_t kShortResultSize = offsetof(CAN_ChnResult, frameLength);
+
+struct Named {
+  const wchar_t *name;
+  ACE_UINT32 value;
+};
+
+const Named kEventTypes[] = {
+    {L"CHN_TYPE_ENDFIFO", CHN_TYPE_ENDFIFO},
+    {L"CHN_TYPE_CRSNDDIAGFRAME", CHN_TYPE_CRSNDDIAGFRAME},
+    {L"CHN_TYPE_SEND_FAILED_LOSSOFCOM", CHN_TYPE_SEND_FAILED_LOSSOFCOM},
+    {L"CHN_TYPE_SEND_FAILED_CRNEG", CHN_TYPE_SEND_FAILED_CRNEG},
+    {L"CHN_TYPE_SEND_FAILED_TIMEOUT", CHN_TYPE_SEND_FAILED_TIMEOUT},
+    {L"CHN_TYPE_SEND_FAILED_INTERNAL_DRIVER_ERROR", CHN_TYPE_SEND_FAILED_INTERNAL_DRIVER_ERROR},
+    {L"CHN_TYPE_RCV_CORRUPTED_FRAME", CHN_TYPE_RCV_CORRUPTED_FRAME},
+    {L"CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT", CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT},
+    {L"CHN_TYPE_REQ_1_0_EMITTED", CHN_TYPE_REQ_1_0_EMITTED},
+    {L"CHN_TYPE_RCV_FAILED_TIMEOUT", CHN_TYPE_RCV_FAILED_TIMEOUT},
+    {L"CHN_TYPE_RCV_SUCCESS", CHN_TYPE_RCV_SUCCESS},
+    {L"CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED", CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED},
+    {L"CHN_TYPE_RCV_FAILED_NO_RESPONSE", CHN_TYPE_RCV_FAILED_NO_RESPONSE},
+    {L"CHN_TYPE_END_OF_RCV", CHN_TYPE_END_OF_RCV},
+};
+
+const Named kResultCodes[] = {
+    {L"cOk", 0},
+    {L"cNok", 1},
+    {L"cTimeOut", 2},
+    {L"cErreurParametre", 3},
+    {L"cCodeCommandeInvalide", 4},
+    {L"cCommandeNonImplementee", 5},
+    {L"cLongueurDonneesInvalide", 6},
+    {L"cParametreInvalide", 7},
+    {L"cErreurEcriture", 8},
+    {L"cErreurLecture", 9},
+    {L"cIdCanInvalide", 10},
+    {L"cOctetFiInvalide", 11},
+    {L"cBusOff", 12},
+    {L"cErreurPassiveBus", 13},
+    {L"cModeIncompatible", 14},
+    {L"cBrpInvalide", 20},
+    {L"cTseg1Invalide", 21},
+    {L"cTseg2Invalide", 22},
+    {L"cSamInvalide", 23},
+    {L"cSjwInvalide", 24},
+    {L"cMTypeInvalide", 30},
+    {L"cTaTypeInvalide", 31},
+    {L"cAbonneInconnu", 32},
+    {L"cErreurUsb", 64},
+    {L"cTimeOutOctet", 65},
+    {L"cTimeOutTrame", 66},
+    {L"cErreurCypress", 67},
+    {L"cLongueursIncoherentes", 68},
+    {L"cLongueurTrameFausse", 69},
+    {L"cLongueurTrameInvalide", 70},
+    {L"cTypeTrameInvalide", 71},
+};
+
+// The value of `name` in `table`, compared whole and case-sensitively.
+template <size_t N>
+bool lookUp(const Named (&table)[N], const ACE_WString &name, ACE_UINT32 &value) {
+  for (const Named &entry : table) {
+    if (name == ACE_WString(entry.name)) {
+      value = entry.value;
+      return true;
+    }
+  }
+  return false;
+}
+
+// A response text cut into its type name, frame text and result code.
+struct SplitResponse {
+  ACE_WString typeName;
+  ACE_WString frameText;
+  ACE_UINT8 resultCode = 0;
+};
+
+// Cuts at commas as a tokenizer does: empty fields are skipped, so runs of
+// commas separate like one and commas at either end separate nothing. With
+// fewer than two fields the whole text is both type name and frame text.
+SplitResponse splitResponse(const ACE_WString &text) {
+  ACE_WString fields[3];
+  size_t found = 0;
+  size_t start = 0;
+  const size_t length = text.length();
+  while (found < 3 && start < length) {
+    size_t end = start;
+    while (end < length && text[end] != L',')
+      ++end;
+    if (end > start)
+      fields[found++] = text.substring(start, end - start);
+    start = end + 1;
+  }
+  SplitResponse split;
+  if (!fields[1].empty()) {
+    split.typeName = fields[0];
+    split.frameText = fields[1];
+  } else {
+    split.typeName = text;
+    split.frameText = text;
+  }
+  ACE_UINT32 code = 0;
+  if (!fields[2].empty() && lookUp(kResultCodes, fields[2], code))
+    split.resultCode = static_cast<ACE_UINT8>(code);
+  return split;
+}
+
+enum class ResultForm { None, Short, Frame };
+
+ResultForm resultFormOf(ACE_UINT32 type) {
+  switch (type) {
+  case CHN_TYPE_CRSNDDIAGFRAME:
+  case CHN_TYPE_SEND_FAILED_CRNEG:
+    return ResultForm::Short;
+  case CHN_TYPE_RCV_CORRUPTED_FRAME:
+  case CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT:
+  case CHN_TYPE_RCV_SUCCESS:
+  case CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED:
+    return ResultForm::Frame;
+  default:
+    return ResultForm::None;
+  }
+}
+
+bool carriesRequestCopy(ACE_UINT32 type) {
+  switch (type) {
+  case CHN_TYPE_SEND_FAILED_LOSSOFCOM:
+  case CHN_TYPE_SEND_FAILED_CRNEG:
+  case CHN_TYPE_SEND_FAILED_TIMEOUT:
+  case CHN_TYPE_SEND_FAILED_INTERNAL_DRIVER_ERROR:
+  case CHN_TYPE_REQ_1_0_EMITTED:
+  case CHN_TYPE_RCV_FAILED_TIMEOUT:
+  case CHN_TYPE_RCV_FAILED_NO_RESPONSE:
+    return true;
+  default:
+    return false;
+  }
+}
+
+// A malloc'd copy of the host's request record and its bytes; null without
+// memory.
+CAN_DiagMsg *copyOfRequest(const CAN_DiagMsg &request) {
+  auto *copy = static_cast<CAN_DiagMsg *>(std::calloc(1, sizeof(CAN_DiagMsg)));
+  if (copy == nullptr)
+    return nullptr;
+  copy->header = request.header;
+  copy->length = request.length;
+  copy->data = static_cast<uint8_t *>(std::malloc(request.length == 0 ? 1 : request.length));
+  if (copy->data == nullptr) {
+    std::free(copy);
+    return nullptr;
+  }
+  std::memcpy(copy->data, request.data, request.length);
+  return copy;
+}
+
+} // namespace
+
+CAN_STATUS SimuChannel::send(const CAN_DiagMsg &request) {
+  if (!configured || !sessionOpen)
+    return E_INVALID;
+  const ACE_WString text = toWideString(bytesToHex(request.data, request.length).c_str());
+  exchange(&request, text);
+  return E_SUCCESS;
+}
+
+void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &requestText) {
+  const bool oneToOne = channelType == CHN_ONE_TO_ONE;
+  logMessage(fittedLine((oneToOne ? L"1-1 Request [" : L"Broadcast Request [") + requestText + L"]",
+                        kLineCapacity));
+  const Echo values = echoValues();
+  for (SimuECU *ecu : port.copyOf(ecus)) {
+    // Unknown requests get a negative answer on one-to-one channels only.
+    ACE_WString response;
+    if (!ecu->getResponse(requestText, response, oneToOne))
+      continue;
+    logMessage(fittedLine(L"Response [" + response + L"]", kLineCapacity));
+    ACE_UINT8 responder = 0;
+    if (!port.addressByIdRx(ecu->idRx, responder)) {
+      // Outside the association table the answer travels as a CAN frame.
+      port.enqueueResponse(ecu->idRx, splitResponse(response).frameText);
+      continue;
+    }
+    queueAnswer(request, response, responder, values, *ecu, requestText);
+  }
+  if (channelType == CHN_BROADCAST) {
+    CAN_EventChn end = {};
+    end.type = CHN_TYPE_END_OF_RCV;
+    events.push(end);
+  }
+}
+
+void SimuChannel::queueAnswer(const CAN_DiagMsg *request, const ACE_WString &response,
+                              ACE_UINT8 responder, const Echo &values, const SimuECU &ecu,
+                              const ACE_WString &requestText) {
+  const SplitResponse split = splitResponse(response);
+  CAN_EventChn event = {};
+  event.type = CHN_TYPE_RCV_SUCCESS;
+  lookUp(kEventTypes, split.typeName, event.type);
+  const ResultForm form = resultFormOf(event.type);
+  if (request != nullptr && carriesRequestCopy(event.type)) {
+    event.request = copyOfRequest(*request);
+    if (event.request == nullptr)
+      return;
+  }
+  if (form != ResultForm::None) {
+    auto *result = static_cast<CAN_ChnResult *>(
+        std::calloc(1, form == ResultForm::Frame ? sizeof(CAN_ChnResult) : kShortResultSize));
+    event.data = result;
+    if (result == nullptr) {
+      releasePayload(event);
+      return;
+    }
+    result->resultCode = split.resultCode;
+    result->timestamp = static_cast<ACE_UINT32>(ACE_OS::gethrtime() / 1000u);
+    result->echoByte2 = values.echoByte2;
+    result->echoByte1 = values.echoByte1;
+    result->channelType = channelType;
+    result->echoWord = values.echoWord;
+    result->responderAddress = responder;
+  }
+  if (form == ResultForm::Frame) {
+    auto *result = static_cast<CAN_ChnResult *>(event.data);
+    size_t count = 0;
+    result->frameData = hexToBytes(toAnsi(split.frameText.c_str()).get(), count);
+    if (result->frameData == nullptr) {
+      releasePayload(event);
+      return;
+    }
+    if (count > kMaxFrameBytes) {
+      logMessage(L"[" + identifierText(ecu.idRx) + L"]  Answer to " +
+                 fittedLine(requestText, kLineCapacity) + L" holds " +
+                 ACE_WString(std::to_wstring(count).c_str()) + L" bytes: cut to 4095");
+      count = kMaxFrameBytes;
+    }
+    result->frameLength = static_cast<ACE_UINT16>(count);
+    logMessage(fittedLine(L"Frame [" + split.frameText + L"]", kLineCapacity));
+  }
+  // A record the queue refuses is lost, with its payload released.
+  if (events.push(event) != 0)
+    releasePayload(event);
+}
