@@ -1,11 +1,10 @@
 // Channels from creation to free: the frame of the family, the create rules,
 // how ECUs move between the free set and channels, the state table.
 #include "ChannelFixture.h"
-#include "api/InjectionTable.h"
 #include "port/SimuPort.h"
 #include "support/EventRecords.h"
+#include "support/NullChecks.h"
 
-#include <functional>
 #include <thread>
 
 using namespace channel_test;
@@ -19,37 +18,23 @@ TEST_F(ChannelLifecycle, EachNullPointerGets4AndLeavesTheArmedStatus) {
   CAN_CHN_HANDLE out = nullptr;
   CAN_ChnConfigRec config = {};
   CAN_DiagMsg request = {};
-  const struct {
-    const char *name;
-    std::function<CAN_STATUS()> call;
-  } calls[] = {
-      {"CAN_ChnEnumerate", [&] { return CAN_ChnEnumerate(nullptr, &list); }},
-      {"CAN_ChnEnumerate", [&] { return CAN_ChnEnumerate(port, nullptr); }},
-      {"CAN_ChnCreate", [&] { return CAN_ChnCreate(nullptr, 0, 0, &out); }},
-      {"CAN_ChnCreate", [&] { return CAN_ChnCreate(port, 0, 0, nullptr); }},
-      {"CAN_ChnFree", [&] { return CAN_ChnFree(nullptr); }},
-      {"CAN_ChnConfig", [&] { return CAN_ChnConfig(nullptr, &config); }},
-      {"CAN_ChnConfig", [&] { return CAN_ChnConfig(channel, nullptr); }},
-      {"CAN_ChnOpenSession", [&] { return CAN_ChnOpenSession(nullptr); }},
-      {"CAN_ChnCloseSession", [&] { return CAN_ChnCloseSession(nullptr); }},
-      {"CAN_ChnSendDiag", [&] { return CAN_ChnSendDiag(nullptr, &request); }},
-      {"CAN_ChnSendDiag", [&] { return CAN_ChnSendDiag(channel, nullptr); }},
-      {"CAN_ChnSendDiag", [&] { return CAN_ChnSendDiag(channel, &request); }},
-  };
-  for (const auto &[name, call] : calls) {
-    setNextCANStatus(name, 99, 0);
-    EXPECT_EQ(call(), E_INVALID) << name;
-    ACE_UINT32 status = 0;
-    ACE_UINT8 armed = 0;
-    EXPECT_TRUE(takeInjectedStatus(name, status, armed)) << name;
-  }
-  EXPECT_EQ(log.count("Call to CAN_ChnSendDiag()"), 0u);
   CAN_EventChn *event = nullptr;
   uint32_t pending = 0;
-  EXPECT_EQ(CAN_ChnEndFifo(nullptr), E_INVALID);
-  EXPECT_EQ(CAN_ChnRxMsg(nullptr, &event, &pending, 0), E_INVALID);
-  EXPECT_EQ(CAN_ChnRxMsg(channel, nullptr, &pending, 0), E_INVALID);
-  EXPECT_EQ(CAN_ChnRxMsg(channel, &event, nullptr, 0), E_INVALID);
+  EXPECT_NULLS_REFUSED(4, CAN_ChnEnumerate, port, &list);
+  EXPECT_NULLS_REFUSED(4, CAN_ChnCreate, port, 0u, 0u, &out);
+  EXPECT_NULLS_REFUSED(4, CAN_ChnFree, channel);
+  EXPECT_NULLS_REFUSED(4, CAN_ChnConfig, channel, &config);
+  EXPECT_NULLS_REFUSED(4, CAN_ChnOpenSession, channel);
+  EXPECT_NULLS_REFUSED(4, CAN_ChnCloseSession, channel);
+  EXPECT_NULLS_REFUSED(4, CAN_ChnSendDiag, channel, &request);
+  setNextCANStatus("CAN_ChnSendDiag", 0, 0);
+  EXPECT_EQ(CAN_ChnSendDiag(channel, &request), E_INVALID) << "request data null";
+  ACE_UINT32 status = 0;
+  ACE_UINT8 armed = 0;
+  EXPECT_TRUE(takeInjectedStatus("CAN_ChnSendDiag", status, armed)) << "still armed";
+  EXPECT_EQ(log.count("Call to CAN_ChnSendDiag()"), 0u);
+  EXPECT_NULLS_REFUSED_UNARMED(4, CAN_ChnEndFifo, channel);
+  EXPECT_NULLS_REFUSED_UNARMED(4, CAN_ChnRxMsg, channel, &event, &pending, 0u);
   EXPECT_EQ(CAN_ChnRxMsg(channel, &event, &pending, 0), E_INVALID);
   EXPECT_EQ(CAN_ChnFreeRxMsg(nullptr), E_SUCCESS);
 

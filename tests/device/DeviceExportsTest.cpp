@@ -1,6 +1,6 @@
 // The CAN_Dev* exports as a host calls them.
 #include "DeviceFixture.h"
-#include "api/InjectionTable.h"
+#include "support/NullChecks.h"
 
 #include <chrono>
 #include <cstring>
@@ -16,50 +16,31 @@ using DeviceExports = DeviceTest;
 TEST_F(DeviceExports, EachNullPointerGets21AndLeavesTheArmedStatusForTheNextCall) {
   CAN_DEV_HANDLE device = reservedDevice();
   CAN_DEV_HANDLE out = nullptr;
-  const char frame[8] = {};
-  const std::pair<const char *, std::function<CAN_STATUS()>> calls[] = {
-      {"CAN_DevEnumerate", [&] { return CAN_DevEnumerate(nullptr); }},
-      {"CAN_DevReservation", [&] { return CAN_DevReservation(nullptr, &out); }},
-      {"CAN_DevReservation", [&] { return CAN_DevReservation(kSerial, nullptr); }},
-      {"CAN_DevFree", [&] { return CAN_DevFree(nullptr); }},
-      {"CAN_DevEndFifo", [&] { return CAN_DevEndFifo(nullptr); }},
-      {"CAN_DevSetMode", [&] { return CAN_DevSetMode(nullptr, 1, &detail); }},
-      {"CAN_DevSetMode", [&] { return CAN_DevSetMode(device, 1, nullptr); }},
-      {"CAN_DevGetMode", [&] { return CAN_DevGetMode(nullptr, &mode); }},
-      {"CAN_DevGetMode", [&] { return CAN_DevGetMode(device, nullptr); }},
-      {"CAN_DevGetConfig", [&] { return CAN_DevGetConfig(nullptr, &config); }},
-      {"CAN_DevGetConfig", [&] { return CAN_DevGetConfig(device, nullptr); }},
-      {"CAN_DevGetTension", [&] { return CAN_DevGetTension(nullptr, &tension); }},
-      {"CAN_DevGetTension", [&] { return CAN_DevGetTension(device, nullptr); }},
-      {"CAN_DevGetVersion", [&] { return CAN_DevGetVersion(nullptr, &version); }},
-      {"CAN_DevGetVersion", [&] { return CAN_DevGetVersion(device, nullptr); }},
-      {"CAN_DevSetSleep", [&] { return CAN_DevSetSleep(nullptr); }},
-      {"CAN_DevRunTest", [&] { return CAN_DevRunTest(nullptr, 0, &test); }},
-      {"CAN_DevRunTest", [&] { return CAN_DevRunTest(nullptr, 0, nullptr); }},
-      {"CAN_DevSndGenericFrame", [&] { return CAN_DevSndGenericFrame(nullptr, frame); }},
-      {"CAN_DevSndGenericFrame", [&] { return CAN_DevSndGenericFrame(device, nullptr); }},
-      {"CAN_DevAutoConfig", [&] { return CAN_DevAutoConfig(nullptr); }},
-      {"CAN_DevAutoConfigRaz", [&] { return CAN_DevAutoConfigRaz(nullptr); }},
-      {"CAN_DevHC16Reset", [&] { return CAN_DevHC16Reset(nullptr); }},
-      {"CAN_DevBoardTeleFirm", [&] { return CAN_DevBoardTeleFirm(nullptr, "f", &result); }},
-      {"CAN_DevBoardTeleFirm", [&] { return CAN_DevBoardTeleFirm(device, nullptr, &result); }},
-      {"CAN_DevBoardTeleFirm", [&] { return CAN_DevBoardTeleFirm(device, "f", nullptr); }},
-  };
-  for (const auto &[name, call] : calls) {
-    setNextCANStatus(name, 99, 0);
-    EXPECT_EQ(call(), E_NULL_POINTER) << name;
-    ACE_UINT32 status = 0;
-    ACE_UINT8 armedDetail = 0;
-    EXPECT_TRUE(takeInjectedStatus(name, status, armedDetail) && status == 99) << name;
-  }
-  EXPECT_EQ(CAN_DevRunTest(device, 0, nullptr), E_INVALID) << "the one mixed case";
-  // CAN_DevRxMsg checks its pointers before its timeout.
+  CAN_EnumList list = {};
   CAN_EventDev *event = nullptr;
   uint32_t pending = 0;
-  EXPECT_EQ(CAN_DevRxMsg(nullptr, &event, &pending, 0), E_NULL_POINTER);
-  EXPECT_EQ(CAN_DevRxMsg(device, nullptr, &pending, 10), E_NULL_POINTER);
-  EXPECT_EQ(CAN_DevRxMsg(device, &event, nullptr, 10), E_NULL_POINTER);
-  EXPECT_EQ(CAN_DevRxMsg(device, &event, &pending, 0), E_INVALID);
+  const void *frame = &list;
+  EXPECT_NULLS_REFUSED(21, CAN_DevEnumerate, &list);
+  EXPECT_NULLS_REFUSED(21, CAN_DevReservation, kSerial, &out);
+  EXPECT_NULLS_REFUSED(21, CAN_DevSetMode, device, 1u, &detail);
+  EXPECT_NULLS_REFUSED(21, CAN_DevGetMode, device, &mode);
+  EXPECT_NULLS_REFUSED(21, CAN_DevGetConfig, device, &config);
+  EXPECT_NULLS_REFUSED(21, CAN_DevGetTension, device, &tension);
+  EXPECT_NULLS_REFUSED(21, CAN_DevGetVersion, device, &version);
+  EXPECT_NULLS_REFUSED(21, CAN_DevSetSleep, device);
+  EXPECT_NULLS_REFUSED(21, CAN_DevSndGenericFrame, device, frame);
+  EXPECT_NULLS_REFUSED(21, CAN_DevAutoConfig, device);
+  EXPECT_NULLS_REFUSED(21, CAN_DevAutoConfigRaz, device);
+  EXPECT_NULLS_REFUSED(21, CAN_DevHC16Reset, device);
+  EXPECT_NULLS_REFUSED(21, CAN_DevBoardTeleFirm, device, "f", &result);
+  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_DevFree, device);
+  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_DevEndFifo, device);
+  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_DevRxMsg, device, &event, &pending, 0u);
+  EXPECT_EQ(CAN_DevRxMsg(device, &event, &pending, 0), E_INVALID)
+      << "the timeout after the pointers";
+  // The one mixed case: 21 for the handle, 4 for the result.
+  EXPECT_EQ(CAN_DevRunTest(nullptr, 0, nullptr), E_NULL_POINTER);
+  EXPECT_EQ(CAN_DevRunTest(device, 0, nullptr), E_INVALID);
   EXPECT_EQ(CAN_DevFreeRxMsg(nullptr), E_SUCCESS);
 }
 

@@ -1,8 +1,8 @@
 // The CAN_Prt* exports as a host calls them: the frame, mode gating,
 // reservation, and the records the port fills byte for byte.
-#include "api/InjectionTable.h"
 #include "port/SimuPort.h"
 #include "support/BusFixture.h"
+#include "support/NullChecks.h"
 
 #include <cstring>
 #include <functional>
@@ -11,24 +11,14 @@
 using namespace bus_test;
 using PortExports = BusTest;
 
-namespace {
-// Gives each pointer argument of a call as it is, except the `null`-th: null.
-struct Nth {
-  int null;
-  template <class T> T *operator()(int position, T *pointer) const {
-    return position == null ? nullptr : pointer;
-  }
-};
-} // namespace
-
 // Every pointer is tested before the injection step: an armed status
 // survives each refused call. The receive exports have no injection step.
-TEST_F(PortExports, EachNullPointerGets21AndLeavesTheArmedStatusForTheNextCall) {
+TEST_F(PortExports, EachNullPointerGets21BeforeTheInjectionStep) {
   start("");
   CAN_EnumList list = {};
   CAN_PRT_HANDLE out = nullptr;
   CAN_MesPhysPort measures;
-  CAN_ParamPort params;
+  CAN_ParamPort params = {};
   CAN_BaudSearchPort search = {};
   CAN_BaudFoundPort found;
   CAN_AssocTable table = {};
@@ -37,63 +27,35 @@ TEST_F(PortExports, EachNullPointerGets21AndLeavesTheArmedStatusForTheNextCall) 
   CAN_FramePort frame = {};
   CAN_EventPort *event = nullptr;
   uint32_t pending = 0;
-  char some[4] = {};
-  void *p = port;
+  const void *some = &list;
   uint8_t *d = &detail;
-  const struct {
-    const char *name;
-    int pointers;
-    std::function<CAN_STATUS(Nth)> call;
-  } calls[] = {
-      {"CAN_PrtEnumerate", 2, [&](Nth n) { return CAN_PrtEnumerate(n(0, device), n(1, &list)); }},
-      {"CAN_PrtReservation", 2,
-       [&](Nth n) { return CAN_PrtReservation(n(0, device), 96, n(1, &out)); }},
-      {"CAN_PrtGetMesPhys", 2, [&](Nth n) { return CAN_PrtGetMesPhys(n(0, p), n(1, &measures)); }},
-      {"CAN_PrtSetVoie", 2, [&](Nth n) { return CAN_PrtSetVoie(n(0, p), 1, n(1, d)); }},
-      {"CAN_PrtSetCanParam", 2, [&](Nth n) { return CAN_PrtSetCanParam(n(0, p), n(1, &params)); }},
-      {"CAN_PrtGetCanParam", 2, [&](Nth n) { return CAN_PrtGetCanParam(n(0, p), n(1, &params)); }},
-      {"CAN_PrtDetBaudRate", 3,
-       [&](Nth n) { return CAN_PrtDetBaudRate(n(0, p), n(1, &search), n(2, &found)); }},
-      {"CAN_PrtSetHardFilt", 3,
-       [&](Nth n) { return CAN_PrtSetHardFilt(n(0, p), n(1, some), n(2, d)); }},
-      {"CAN_PrtSetSoftFilt", 3,
-       [&](Nth n) { return CAN_PrtSetSoftFilt(n(0, p), n(1, some), n(2, d)); }},
-      {"CAN_PrtLoadAssocTable", 3,
-       [&](Nth n) { return CAN_PrtLoadAssocTable(n(0, p), n(1, &table), n(2, &result)); }},
-      {"CAN_PrtSetParamFlux", 2,
-       [&](Nth n) { return CAN_PrtSetParamFlux(n(0, p), n(1, some), 0); }},
-      {"CAN_PrtRegulationOn", 2,
-       [&](Nth n) { return CAN_PrtRegulationOn(n(0, p), 0, n(1, some)); }},
-      {"CAN_PrtRegulationOff", 2, [&](Nth n) { return CAN_PrtRegulationOff(n(0, p), n(1, some)); }},
-      {"CAN_PrtPortGetState", 2, [&](Nth n) { return CAN_PrtPortGetState(n(0, p), n(1, &state)); }},
-      {"CAN_PrtSetSndCycl", 3,
-       [&](Nth n) { return CAN_PrtSetSndCycl(n(0, p), n(1, some), 0, n(2, d)); }},
-      {"CAN_PrtActSndCycl", 2, [&](Nth n) { return CAN_PrtActSndCycl(n(0, p), 0, n(1, d)); }},
-      {"CAN_PrtUpdSndCycl", 3,
-       [&](Nth n) { return CAN_PrtUpdSndCycl(n(0, p), n(1, some), n(2, d)); }},
-      {"CAN_PrtDActSndCycl", 2, [&](Nth n) { return CAN_PrtDActSndCycl(n(0, p), 0, n(1, d)); }},
-      {"CAN_PrtDelSndCycl", 2, [&](Nth n) { return CAN_PrtDelSndCycl(n(0, p), 0, n(1, d)); }},
-      {"CAN_PrtCtrlReinit", 2, [&](Nth n) { return CAN_PrtCtrlReinit(n(0, p), n(1, some)); }},
-      {"CAN_PrtSendTrame", 3,
-       [&](Nth n) { return CAN_PrtSendTrame(n(0, p), n(1, &frame), n(2, d)); }},
-  };
-  for (const auto &export_ : calls) {
-    for (int n = 0; n < export_.pointers; ++n) {
-      setNextCANStatus(export_.name, 99, 0);
-      EXPECT_EQ(export_.call(Nth{n}), E_NULL_POINTER) << export_.name << ", pointer " << n;
-      ACE_UINT32 status = 0;
-      ACE_UINT8 armedDetail = 0;
-      EXPECT_TRUE(takeInjectedStatus(export_.name, status, armedDetail)) << export_.name;
-    }
-  }
-  EXPECT_EQ(CAN_PrtFree(nullptr), E_NULL_POINTER);
-  EXPECT_EQ(CAN_PrtEndFifo(nullptr), E_NULL_POINTER);
-  for (const Nth n : {Nth{0}, Nth{1}, Nth{2}})
-    EXPECT_EQ(CAN_PrtRxMsg(n(0, p), n(1, &event), n(2, &pending), 0), E_NULL_POINTER);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtEnumerate, device, &list);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtReservation, device, 96u, &out);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtGetMesPhys, port, &measures);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtSetVoie, port, 1u, d);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtSetCanParam, port, &params);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtGetCanParam, port, &params);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtDetBaudRate, port, &search, &found);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtSetHardFilt, port, some, d);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtSetSoftFilt, port, some, d);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtLoadAssocTable, port, &table, &result);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtSetParamFlux, port, some, 0u);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtRegulationOn, port, 0u, some);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtRegulationOff, port, some);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtPortGetState, port, &state);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtSetSndCycl, port, some, 0u, d);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtActSndCycl, port, 0u, d);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtUpdSndCycl, port, some, d);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtDActSndCycl, port, 0u, d);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtDelSndCycl, port, 0u, d);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtCtrlReinit, port, some);
+  EXPECT_NULLS_REFUSED(21, CAN_PrtSendTrame, port, &frame, d);
+  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_PrtFree, port);
+  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_PrtEndFifo, port);
+  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_PrtRxMsg, port, &event, &pending, 0u);
   EXPECT_EQ(CAN_PrtRxMsg(port, &event, &pending, 0), E_INVALID) << "the timeout after the pointers";
   EXPECT_EQ(CAN_PrtFreeRxMsg(nullptr), E_SUCCESS);
   // An armed detail goes to the first byte of the record that receives it.
-  params.resultByte = 0;
   setNextCANStatus("CAN_PrtGetCanParam", 7, 3);
   EXPECT_EQ(CAN_PrtGetCanParam(port, &params), E_DISCONNECTED);
   EXPECT_EQ(params.resultByte, 3);
