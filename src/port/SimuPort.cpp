@@ -46,6 +46,16 @@ CAN_STATUS statusOfDetectionText(const ACE_WString &text) {
   return E_INVALID;
 }
 
+// The six fields of a CAN parameter block, and no other byte of it.
+template <class From, class To> void copySixParameters(const From &from, To &to) {
+  to.param1 = from.param1;
+  to.param2 = from.param2;
+  to.param3 = from.param3;
+  to.param4 = from.param4;
+  to.param5 = from.param5;
+  to.param6 = from.param6;
+}
+
 ACE_WString decimal(size_t value) { return ACE_WString(std::to_wstring(value).c_str()); }
 
 } // namespace
@@ -116,12 +126,7 @@ CAN_STATUS SimuPort::setCanParam(const CAN_ParamPort &params) {
   if (state != E_SUCCESS)
     return state;
   ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
-  canParams.param1 = params.param1;
-  canParams.param2 = params.param2;
-  canParams.param3 = params.param3;
-  canParams.param4 = params.param4;
-  canParams.param5 = params.param5;
-  canParams.param6 = params.param6;
+  copySixParameters(params, canParams);
   return E_SUCCESS;
 }
 
@@ -132,12 +137,7 @@ CAN_STATUS SimuPort::getCanParam(CAN_ParamPort &params, bool checkState) const {
       return state;
   }
   ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
-  params.param1 = canParams.param1;
-  params.param2 = canParams.param2;
-  params.param3 = canParams.param3;
-  params.param4 = canParams.param4;
-  params.param5 = canParams.param5;
-  params.param6 = canParams.param6;
+  copySixParameters(canParams, params);
   return E_SUCCESS;
 }
 
