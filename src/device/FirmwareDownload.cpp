@@ -6,6 +6,7 @@
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
 
+#include <ace/Guard_T.h>
 #include <ace/OS_NS_stdio.h>
 #include <ace/OS_NS_unistd.h>
 #include <ace/Time_Value.h>
@@ -114,6 +115,7 @@ CAN_STATUS SimuDevice::downloadFirmware(const char *path, DownloadResult *result
   // three texts.
   FirmwareVersions image;
   if (readFirmwareFile(nullptr, path, image)) {
+    ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, valuesLock, E_INVALID);
     versions.AppVersion = image.AppVersion;
     versions.AppDate = image.AppDate;
     versions.AppCheckSum = image.AppCheckSum;
@@ -122,6 +124,7 @@ CAN_STATUS SimuDevice::downloadFirmware(const char *path, DownloadResult *result
     return E_SUCCESS;
   }
   if (readFirmwareFile(path, nullptr, image)) {
+    ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, valuesLock, E_INVALID);
     versions.BootVersion = image.BootVersion;
     versions.BootDate = image.BootDate;
     versions.BootCheckSum = image.BootCheckSum;
