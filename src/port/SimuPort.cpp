@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <string>
 
@@ -199,7 +200,8 @@ CAN_STATUS SimuPort::loadAssocTable(const CAN_AssocTable &table, AssocResult &re
   }
   // Copied before the held table is released, so a refusal keeps it.
   std::unique_ptr<CAN_AssocEntry[]> copy;
-  if (table.count <= SIZE_MAX / sizeof(CAN_AssocEntry))
+  const ACE_UINT64 bytes = static_cast<ACE_UINT64>(table.count) * sizeof(CAN_AssocEntry);
+  if (bytes <= std::numeric_limits<size_t>::max())
     copy.reset(new (std::nothrow) CAN_AssocEntry[table.count]);
   if (!copy) {
     logMessage(L"CAN_PrtLoadAssocTable: no memory for a table of " + decimal(table.count) +
