@@ -6,6 +6,7 @@
 #include <ace/Thread_Mutex.h>
 
 #include <atomic>
+#include <new>
 
 namespace {
 
@@ -24,8 +25,14 @@ std::atomic<long> armedCount{0};
 } // namespace
 
 void InjectionTable::create() {
-  if (table == nullptr)
-    table = new Table(kBuckets);
+  if (table != nullptr)
+    return;
+  table = new (std::nothrow) Table(kBuckets);
+  // Without memory for its buckets the table stays empty for good.
+  if (table != nullptr && table->total_size() == 0) {
+    delete table;
+    table = nullptr;
+  }
 }
 
 void InjectionTable::destroy() {

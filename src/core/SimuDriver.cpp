@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <mutex>
+#include <new>
 
 namespace {
 // Host threads may reach for the driver at once; the first creates it.
@@ -16,7 +17,11 @@ ACE_WString *storedPath = nullptr;
 } // namespace
 
 SimuDriver::SimuDriver(const ACE_WString &path)
-    : LecteurXML(path), device(std::make_unique<SimuDevice>()) {}
+    : LecteurXML(path), device(std::make_unique<SimuDevice>()) {
+  // A driver whose queues could not be made for lack of memory is not made.
+  if (!events.usable() || !device->events.usable() || !device->port->events.usable())
+    throw std::bad_alloc();
+}
 
 SimuDriver::~SimuDriver() {
   device.reset();

@@ -3,6 +3,7 @@
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
 
+#include <new>
 #include <string>
 #include <vector>
 
@@ -65,7 +66,9 @@ bool TDomData::getSubNodesByTagName(const ACE_WString &tagName, ACE_Array<TDomDa
       if (n.type() == pugi::node_element && name == n.name())
         found.push_back(n);
   }
-  out.size(found.size());
+  // ACE reports an array that could not grow only through size()'s result.
+  if (out.size(found.size()) != 0)
+    throw std::bad_alloc();
   for (size_t i = 0; i < found.size(); ++i)
     out[i] = TDomData(document_, found[i]);
   return !found.empty();

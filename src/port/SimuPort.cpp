@@ -61,7 +61,11 @@ ACE_WString decimal(size_t value) { return ACE_WString(std::to_wstring(value).c_
 
 } // namespace
 
-SimuPort::SimuPort() : ecuByIdTx(kEcuBuckets) {}
+SimuPort::SimuPort() : ecuByIdTx(kEcuBuckets) {
+  // ACE's table is left without buckets when they cannot be allocated.
+  if (ecuByIdTx.total_size() == 0)
+    throw std::bad_alloc();
+}
 
 SimuPort::~SimuPort() {
   assocEntries.reset();
@@ -257,6 +261,8 @@ CAN_STATUS SimuPort::createChannel(ACE_UINT32 type, void **handle) {
   if (type == CHN_BROADCAST && !channels.empty())
     return E_CHANNEL_REFUSED;
   std::unique_ptr<SimuChannel> channel(new SimuChannel(*this, type));
+  if (!channel->events.usable())
+    return E_INVALID;
   channels.insert(channel.get());
   *handle = channel.release();
   return E_SUCCESS;
