@@ -151,7 +151,9 @@ private:
       break;
     case 6: {
       CAN_ModeDev mode;
-      CAN_ConfigDev config;
+      // An armed status answers without filling the record: its port array
+      // must read null then, as a host's zeroed record does.
+      CAN_ConfigDev config = {};
       CAN_TensionDev tension;
       CAN_VersionDev version;
       CAN_TestDev test;
