@@ -28,3 +28,4 @@ Command flashCommand();
 Command eventsCommand();
 Command shellCommand();
 Command examplesCommand();
+Command askCommand();

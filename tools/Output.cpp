@@ -6,8 +6,9 @@
 #include <cstdio>
 
 namespace {
-constexpr size_t kCallWidth = 44;
-constexpr size_t kStatusWidth = 20;
+// Two spaces, the call, the status and a short note fit in 80 columns.
+constexpr size_t kCallWidth = 34;
+constexpr size_t kStatusWidth = 15;
 
 const char *colourOf(CAN_STATUS status) {
   if (status == E_SUCCESS)
@@ -31,8 +32,9 @@ std::string colouredStatus(CAN_STATUS status, size_t width) {
 }
 
 void printStep(const std::string &call, CAN_STATUS status, const std::string &note) {
-  std::printf("  %s %s %s\n", padded(call, kCallWidth).c_str(),
-              colouredStatus(status, kStatusWidth).c_str(), note.c_str());
+  const size_t width = note.empty() ? 0 : kStatusWidth;
+  std::printf("  %s %s%s%s\n", padded(call, kCallWidth).c_str(),
+              colouredStatus(status, width).c_str(), note.empty() ? "" : " ", note.c_str());
   std::fflush(stdout);
 }
 
@@ -42,11 +44,21 @@ void printNote(const std::string &what, const std::string &note) {
   std::fflush(stdout);
 }
 
+std::string boldText(const std::string &text) {
+  return colour() ? "\033[1m" + text + "\033[0m" : text;
+}
+
+std::string warningText(const std::string &text) {
+  return colour() ? "\033[35m" + text + "\033[0m" : text;
+}
+
+void printDetail(size_t indent, const std::string &text) {
+  std::printf("%s%s\n", std::string(indent, ' ').c_str(), text.c_str());
+  std::fflush(stdout);
+}
+
 void printHeading(const std::string &text) {
-  if (colour())
-    std::printf("\033[1m%s\033[0m\n", text.c_str());
-  else
-    std::printf("%s\n", text.c_str());
+  std::printf("%s\n", boldText(text).c_str());
   std::fflush(stdout);
 }
 

@@ -2,6 +2,7 @@
 // wrong value: codes typed in the shell, event payloads, the command line.
 #include "Arguments.h"
 #include "Errors.h"
+#include "FrameText.h"
 #include "Records.h"
 #include "StatusNames.h"
 
@@ -41,7 +42,8 @@ TEST(CliCodes, ParseCode_TakesDecimalHexadecimalAndEveryNameAndNothingElse) {
       {"4294967295", UINT32_MAX},
       {"E_SUCCESS", 0u},
       {"DEV_TYPE_PROGRESS", DEV_TYPE_PROGRESS},
-      {"DRV_TYPE_DEVICE_101", DRV_TYPE_DEVICE_101}};
+      {"DRV_TYPE_DEVICE_101", DRV_TYPE_DEVICE_101},
+      {"PRT_TYPE_FRAME", PRT_TYPE_FRAME}};
   for (const auto &[text, expected] : accepted) {
     uint32_t value = 12345;
     EXPECT_TRUE(parseCode(text, value) && value == expected) << text;
@@ -71,6 +73,65 @@ TEST(CliRecords, DeviceEvents_DescribeThePayloadOfTheirType) {
   EXPECT_EQ(describeDeviceEvent(deviceEvent(DEV_TYPE_DISCONNECTED, &device)),
             "DEV_TYPE_DISCONNECTED (101), device \"SIMU-7\", free, disconnected");
   EXPECT_EQ(describeDeviceEvent(deviceEvent(150, pair)), "type 150");
+}
+
+// A request typed by a tester: hex of either case, whole bytes, at most the
+// 4095 bytes a channel carries.
+TEST(CliFrames, ParseHexBytes_TakesWholeBytesOfEitherCaseUpTo4095) {
+  Bytes bytes;
+  std::string why;
+  EXPECT_TRUE(parseHexBytes("22f1A0", bytes, why));
+  EXPECT_EQ(bytes, (Bytes{0x22, 0xF1, 0xA0}));
+  EXPECT_TRUE(parseHexBytes(std::string(2 * 4095, 'F'), bytes, why));
+  const std::pair<std::string, const char *> refused[] = {
+      {"", "is empty"},
+      {"22F19", "has an odd number of hex digits"},
+      {"22G1", "is not hex"},
+      {"0x22", "is not hex"},
+      {std::string(2 * 4096, 'F'), "is longer than 4095 bytes"}};
+  for (const auto &[text, reason] : refused) {
+    Bytes kept = {1};
+    EXPECT_FALSE(parseHexBytes(text, kept, why)) << text;
+    EXPECT_EQ(why, reason) << text;
+    EXPECT_EQ(kept, Bytes{1}) << "a refused text leaves the bytes as they were";
+  }
+}
+
+// The service of a positive answer is its first byte less 0x40; a negative
+// answer names the service and the code it refuses with.
+TEST(CliFrames, AnswerMeaning_NamesServiceAndNegativeCode) {
+  const std::pair<Bytes, std::string> answers[] = {
+      {{0x62, 0xF1, 0x90}, "positive ReadDataByIdentifier"},
+      {{0x7E, 0x00}, "positive TesterPresent"},
+      {{0x7F, 0x22, 0x31}, "negative ReadDataByIdentifier: requestOutOfRange (0x31)"},
+      {{0x7F, 0x10, 0x80}, "negative DiagnosticSessionControl: code (0x80)"},
+      {{0x7F, 0x3F}, "negative service 0x3F"},
+      {{0x22, 0xF1}, ""},
+      {{}, ""}};
+  for (const auto &[bytes, meaning] : answers)
+    EXPECT_EQ(answerMeaning(bytes.data(), bytes.size()), meaning) << spacedHex(bytes);
+}
+
+// Short frames stay on one line when it fits; frames with text or more than
+// 16 bytes go 16 bytes a row with their characters beside them.
+TEST(CliFrames, AnswerLines_KeepToTheWidthAndShowTextInRows) {
+  const Bytes session = {0x50, 0x03, 0x00, 0x32, 0x01, 0xF4};
+  EXPECT_EQ(
+      answerLines("ECU 0x10", session.data(), session.size(), 80),
+      (std::vector<std::string>{"ECU 0x10: 50 03 00 32 01 F4  positive DiagnosticSessionControl"}));
+  EXPECT_EQ(answerLines("ECU 0x10", session.data(), session.size(), 40),
+            (std::vector<std::string>{"ECU 0x10: 50 03 00 32 01 F4",
+                                      "positive DiagnosticSessionControl"}));
+  Bytes vin = {0x62, 0xF1, 0x90};
+  for (char c : std::string("VF1SIMU0000000042"))
+    vin.push_back(static_cast<uint8_t>(c));
+  EXPECT_EQ(
+      answerLines("ECU 0x10", vin.data(), vin.size(), 80),
+      (std::vector<std::string>{"ECU 0x10, 20 bytes: positive ReadDataByIdentifier",
+                                "62 F1 90 56 46 31 53 49 4D 55 30 30 30 30 30 30  b..VF1SIMU000000",
+                                "30 30 34 32                                      0042"}));
+  EXPECT_EQ(answerLines("from 7E8", nullptr, 0, 80),
+            (std::vector<std::string>{"from 7E8: no bytes"}));
 }
 
 TEST(CliRecords, VersionTexts_StopAtTheFieldEndWithoutATerminator) {
