@@ -29,3 +29,4 @@ Command eventsCommand();
 Command shellCommand();
 Command examplesCommand();
 Command askCommand();
+Command checkCommand();
