@@ -193,7 +193,8 @@ private:
   void checkAnswer(const std::string &answer, unsigned line) {
     const std::string shown = quoted(answer);
     if (answer.find(',') == std::string::npos) {
-      if (isChannelEventName(answer))
+      uint32_t type = 0;
+      if (channelEventType(answer, type))
         return rawFrameOfTypedAnswer(shown, line);
       if (answer.compare(0, 9, "CHN_TYPE_") == 0)
         return add(line, "answer " + shown +
@@ -212,15 +213,19 @@ private:
       return add(line, "typed answer " + shown +
                            " has no frame: the host gets a plain "
                            "CHN_TYPE_RCV_SUCCESS of meaningless bytes");
-    if (!isChannelEventName(fields[0]))
+    // An unknown type name gives a plain reception, which carries a result.
+    uint32_t type = CHN_TYPE_RCV_SUCCESS;
+    if (!channelEventType(fields[0], type))
       add(line, "typed answer " + shown + " names no event type (" + quoted(fields[0]) +
                     "): the host gets CHN_TYPE_RCV_SUCCESS");
     if (!isFrameText(fields[1]))
       add(line, "typed answer " + shown + ": its frame " + quoted(fields[1]) +
                     " is not even-length upper-case hex");
     if (fields.size() > 2 && !isResultCodeName(fields[2]))
-      add(line, "typed answer " + shown + " names no result code (" + quoted(fields[2]) +
-                    "): the host gets cOk (0)");
+      add(line,
+          "typed answer " + shown + " names no result code (" + quoted(fields[2]) + ")" +
+              (channelResultOf(type) == ChannelResult::None ? ", though its event type carries none"
+                                                            : ": the host gets cOk (0)"));
     rawFrameOfTypedAnswer(shown, line);
   }
 

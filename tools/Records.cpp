@@ -157,11 +157,7 @@ EventText describeChannelEvent(const CAN_EventChn &event, size_t width) {
     const auto &result = *static_cast<const CAN_ChnResult *>(event.data);
     const std::string head =
         "ECU " + hexByte(result.responderAddress) + ", " + resultCodeText(result.resultCode);
-    const bool frameForm = event.type == CHN_TYPE_RCV_CORRUPTED_FRAME ||
-                           event.type == CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT ||
-                           event.type == CHN_TYPE_RCV_SUCCESS ||
-                           event.type == CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED;
-    if (frameForm)
+    if (channelResultOf(event.type) == ChannelResult::Frame)
       text.details = answerLines(head, result.frameData, result.frameLength, width);
     else
       text.details.push_back(head);

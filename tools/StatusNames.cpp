@@ -174,7 +174,24 @@ const char *channelEventName(uint32_t type) { return nameOf(kChannelEvents, type
 
 std::string eventTypeText(const char *name, uint32_t type) { return numbered(name, "type", type); }
 
-bool isChannelEventName(const std::string &name) { return named(kChannelEvents, name); }
+bool channelEventType(const std::string &name, uint32_t &type) {
+  return valueOf(kChannelEvents, name, type);
+}
+
+ChannelResult channelResultOf(uint32_t type) {
+  switch (type) {
+  case CHN_TYPE_CRSNDDIAGFRAME:
+  case CHN_TYPE_SEND_FAILED_CRNEG:
+    return ChannelResult::Short;
+  case CHN_TYPE_RCV_CORRUPTED_FRAME:
+  case CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT:
+  case CHN_TYPE_RCV_SUCCESS:
+  case CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED:
+    return ChannelResult::Frame;
+  default:
+    return ChannelResult::None;
+  }
+}
 
 const char *resultCodeName(uint32_t code) { return nameOf(kResultCodes, code); }
 

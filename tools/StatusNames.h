@@ -25,9 +25,14 @@ const char *portEventName(uint32_t type);
 const char *channelEventName(uint32_t type);
 // "DEV_TYPE_RESET (205)"; "type 150" for a type without a name.
 std::string eventTypeText(const char *name, uint32_t type);
-// True for one of the fourteen channel event type names a scenario's typed
-// answer may give ("CHN_TYPE_RCV_FAILED_TIMEOUT").
-bool isChannelEventName(const std::string &name);
+// The type of one of the fourteen channel event type names a scenario's
+// typed answer may give ("CHN_TYPE_RCV_FAILED_TIMEOUT"); false for any
+// other text.
+bool channelEventType(const std::string &name, uint32_t &type);
+// What a channel event of a type carries in its data: nothing, a short
+// result (a result code) or a frame result (a result code and a frame).
+enum class ChannelResult { None, Short, Frame };
+ChannelResult channelResultOf(uint32_t type);
 
 // The result code of a channel result ("cTimeOut"), or null.
 const char *resultCodeName(uint32_t code);
