@@ -74,6 +74,10 @@ const BenchEcu *Bus::findEcu(const std::string &name) const {
   return nullptr;
 }
 
+bool Bus::hasEcus() const {
+  return std::any_of(ecus_.begin(), ecus_.end(), [](const BenchEcu &ecu) { return ecu.usable(); });
+}
+
 std::string Bus::ecuList() const {
   std::string list;
   for (const BenchEcu &ecu : ecus_)
@@ -137,7 +141,7 @@ CAN_STATUS Bus::loadAssocTable() {
   AssocResult result{};
   const CAN_STATUS status = session_.api().PrtLoadAssocTable(port_, &assoc, &result);
   step("CAN_PrtLoadAssocTable(" + std::to_string(entries.size()) + " ECUs)", status,
-       status == E_SUCCESS ? "from the bench's UCE elements"
+       status == E_SUCCESS ? "built from the bench"
                            : "error code " + std::to_string(result.errorCode));
   if (voice_ == Voice::Steps && status == E_SUCCESS) {
     printDetail(kStepIndent, table);
@@ -211,7 +215,7 @@ CAN_STATUS Bus::createChannel(const BenchEcu *ecu, const Bytes &startFrame) {
 
 CAN_STATUS Bus::openSession() {
   const CAN_STATUS status = session_.api().ChnOpenSession(channel());
-  const char *opened = broadcast() ? "session open, start frame sent" : "session open";
+  const char *opened = broadcast() ? "start frame sent" : "session open";
   step("CAN_ChnOpenSession()", status,
        status == E_SUCCESS ? opened : "not configured, or the ECU refuses the dialog");
   return status;
@@ -261,9 +265,8 @@ Reading Bus::readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, R
       return reading;
     }
     const EventText text = describe(*event, kLineWidth - indent);
-    const std::string left = pending > 0 ? ", " + std::to_string(pending) + " left" : "";
     if (voice_ == Voice::Steps)
-      printStep(waitCall(name, timeoutMs), status, text.summary + left);
+      printStep(waitCall(name, timeoutMs), status, text.summary);
     else
       std::printf("< %s\n", text.summary.c_str());
     for (const std::string &line : text.details)

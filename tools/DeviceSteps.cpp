@@ -51,8 +51,7 @@ CAN_STATUS resetProcessor(const Session &session) {
   const CAN_STATUS status = session.api().DevHC16Reset(session.device());
   const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(
       std::chrono::steady_clock::now() - began);
-  printStep("CAN_DevHC16Reset()", status,
-            "processor reset, blocked " + std::to_string(took.count()) + " ms");
+  printStep("CAN_DevHC16Reset()", status, "reset, blocked " + std::to_string(took.count()) + " ms");
   return status;
 }
 

@@ -265,7 +265,7 @@ void checkEcu(const std::string &bench, const std::vector<BenchEcu> &ecus, size_
     uint32_t value = 0;
     if (!parseHexNumber(id.text, value))
       add(std::string(id.name) + " " + quoted(id.text) +
-          " is not a hex identifier: the library reads " + canIdText(id.value));
+          " is not a hex identifier: the library reads it as " + canIdText(id.value));
   }
   if (!ecu.addressed)
     add("targetAddress " + quoted(ecu.targetAddress) +

@@ -98,7 +98,7 @@ int runAsk(const Arguments &arguments) {
 
   Session session(arguments.library, words[0]);
   Bus bus(session, readBench(session.configuration()), Voice::Answers);
-  if (bus.ecuList() == "none")
+  if (!bus.hasEcus())
     throw SetupError(words[0] + " has no usable UCE element: no ECU to ask");
   const BenchEcu *ecu = nullptr;
   if (!broadcast) {

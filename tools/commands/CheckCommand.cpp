@@ -49,10 +49,12 @@ bool hasXmlExtension(const std::string &name) {
 std::vector<std::string> filesOf(const std::string &argument) {
   if (!isDirectory(argument))
     return {argument};
+  const char last = argument.back();
+  const std::string folder = last == '/' || last == '\\' ? argument : argument + "/";
   std::vector<std::string> files;
   for (const std::string &name : filesIn(argument))
     if (hasXmlExtension(name))
-      files.push_back(argument + "/" + name);
+      files.push_back(folder + name);
   return files;
 }
 

@@ -16,7 +16,7 @@ cli_case(EXIT 1 ARGS check --frame ${DATA}/check-bench.xml EXPECT
   "${bench}10: warning: idTx 7E0 already belongs to the ECU of line 8"
   "${bench}11: warning: targetAddress 0x10 already belongs to the ECU of line 8"
   "${bench}11: warning: scenario 'missing.xml' cannot be read"
-  "${bench}12: warning: idTx '7G3' is not a hex identifier: the library reads 7\n"
+  "${bench}12: warning: idTx '7G3' is not a hex identifier: the library reads it as 7\n"
   "${bench}12: warning: targetAddress 'ENGINE' is no one-byte hex address"
   "${bench}12: warning: UCE without scenario: this ECU never answers"
   "${scenario}4: warning: OPENDIALOG answers FALSE"
