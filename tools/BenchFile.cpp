@@ -5,7 +5,18 @@
 #include "core/NumberText.h"
 #include "platform/CodePage.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
+
+namespace {
+bool sameText(const std::string &a, const std::string &b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+           return std::tolower(static_cast<unsigned char>(x)) ==
+                  std::tolower(static_cast<unsigned char>(y));
+         });
+}
+} // namespace
 
 std::string BenchEcu::name() const {
   const size_t slash = scenario.find_last_of("/\\");
@@ -42,15 +53,15 @@ std::string scenarioPath(const std::string &bench, std::string scenario) {
   return folder + "/" + scenario;
 }
 
-std::vector<BenchEcu> readBenchEcus(const XmlFile &bench) {
+std::vector<BenchEcu> readBenchEcus(const XmlSource &bench) {
   std::vector<BenchEcu> ecus;
   for (const TDomData &element : bench.elements("UCE")) {
     BenchEcu ecu;
     ecu.line = bench.line(element);
-    ecu.targetAddress = XmlFile::attribute(element, "targetAddress");
-    ecu.idRx = XmlFile::attribute(element, "idRx");
-    ecu.idTx = XmlFile::attribute(element, "idTx");
-    ecu.scenario = XmlFile::attribute(element, "scenario");
+    ecu.targetAddress = XmlSource::attribute(element, "targetAddress");
+    ecu.idRx = XmlSource::attribute(element, "idRx");
+    ecu.idTx = XmlSource::attribute(element, "idTx");
+    ecu.scenario = XmlSource::attribute(element, "scenario");
     ecu.idRxValue = hexNumber(toWideString(ecu.idRx.c_str()));
     ecu.idTxValue = hexNumber(toWideString(ecu.idTx.c_str()));
     uint32_t address = 0;
@@ -59,4 +70,31 @@ std::vector<BenchEcu> readBenchEcus(const XmlFile &bench) {
     ecus.push_back(ecu);
   }
   return ecus;
+}
+
+const BenchEcu *findEcu(const std::vector<BenchEcu> &ecus, const std::string &name) {
+  uint32_t value = 0;
+  const bool number = parseHexNumber(name, value);
+  for (const BenchEcu &ecu : ecus)
+    if (ecu.usable() && number && ecu.addressed && ecu.address == value)
+      return &ecu;
+  for (const BenchEcu &ecu : ecus)
+    if (ecu.usable() && number && ecu.idTxValue == value)
+      return &ecu;
+  for (const BenchEcu &ecu : ecus)
+    if (ecu.usable() && !ecu.name().empty() && sameText(ecu.name(), name))
+      return &ecu;
+  return nullptr;
+}
+
+bool hasEcus(const std::vector<BenchEcu> &ecus) {
+  return std::any_of(ecus.begin(), ecus.end(), [](const BenchEcu &ecu) { return ecu.usable(); });
+}
+
+std::string ecuList(const std::vector<BenchEcu> &ecus) {
+  std::string list;
+  for (const BenchEcu &ecu : ecus)
+    if (ecu.usable())
+      list += (list.empty() ? "" : ", ") + ecu.label();
+  return list.empty() ? "none" : list;
 }

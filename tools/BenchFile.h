@@ -2,7 +2,7 @@
 // build the host's association table and to name the ECUs.
 #pragma once
 
-#include "XmlFile.h"
+#include "XmlSource.h"
 
 #include <cstdint>
 #include <string>
@@ -33,7 +33,16 @@ struct BenchEcu {
 std::string scenarioPath(const std::string &bench, std::string scenario);
 
 // Every UCE element of the bench, in document order.
-std::vector<BenchEcu> readBenchEcus(const XmlFile &bench);
+std::vector<BenchEcu> readBenchEcus(const XmlSource &bench);
+
+// The ECU an argument names: its targetAddress, its idTx or its scenario's
+// name, tried in that order; null when none matches. Only ECUs the library
+// creates count.
+const BenchEcu *findEcu(const std::vector<BenchEcu> &ecus, const std::string &name);
+// True when the bench has an ECU the library creates.
+bool hasEcus(const std::vector<BenchEcu> &ecus);
+// "0x10 engine, 0x01 gateway, 0x40 body": the ECUs a tester can name.
+std::string ecuList(const std::vector<BenchEcu> &ecus);
 
 // Reads one-byte hex diagnostic addresses and identifiers as a tester types
 // them: "10", "0x10", "7e0". False for any other text.

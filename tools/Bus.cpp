@@ -6,7 +6,6 @@
 #include "StatusNames.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 
 namespace {
@@ -37,54 +36,20 @@ std::string identifiers(const BenchEcu &ecu) {
   return canIdText(ecu.idTxValue) + "/" + canIdText(ecu.idRxValue);
 }
 
-bool sameText(const std::string &a, const std::string &b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return std::tolower(static_cast<unsigned char>(x)) ==
-                  std::tolower(static_cast<unsigned char>(y));
-         });
-}
-
 } // namespace
 
 std::vector<BenchEcu> readBench(const std::string &configuration) {
-  XmlFile bench;
-  const XmlFile::Outcome outcome = bench.load(configuration);
-  if (outcome == XmlFile::Outcome::Unreadable)
+  XmlSource bench;
+  const XmlSource::Outcome outcome = bench.load(configuration);
+  if (outcome == XmlSource::Outcome::Unreadable)
     throw SetupError("cannot read the configuration " + configuration);
-  if (outcome == XmlFile::Outcome::NotXml)
+  if (outcome == XmlSource::Outcome::NotXml)
     throw SetupError(configuration + " is not an XML configuration");
   return readBenchEcus(bench);
 }
 
 Bus::Bus(const Session &session, std::vector<BenchEcu> ecus, Voice voice)
     : session_(session), ecus_(std::move(ecus)), voice_(voice) {}
-
-const BenchEcu *Bus::findEcu(const std::string &name) const {
-  uint32_t value = 0;
-  const bool number = parseHexNumber(name, value);
-  for (const BenchEcu &ecu : ecus_)
-    if (ecu.usable() && number && ecu.addressed && ecu.address == value)
-      return &ecu;
-  for (const BenchEcu &ecu : ecus_)
-    if (ecu.usable() && number && ecu.idTxValue == value)
-      return &ecu;
-  for (const BenchEcu &ecu : ecus_)
-    if (ecu.usable() && !ecu.name().empty() && sameText(ecu.name(), name))
-      return &ecu;
-  return nullptr;
-}
-
-bool Bus::hasEcus() const {
-  return std::any_of(ecus_.begin(), ecus_.end(), [](const BenchEcu &ecu) { return ecu.usable(); });
-}
-
-std::string Bus::ecuList() const {
-  std::string list;
-  for (const BenchEcu &ecu : ecus_)
-    if (ecu.usable())
-      list += (list.empty() ? "" : ", ") + ecu.label();
-  return list.empty() ? "none" : list;
-}
 
 void Bus::step(const std::string &call, CAN_STATUS status, const std::string &note) const {
   if (voice_ == Voice::Steps || status != E_SUCCESS)

@@ -25,13 +25,6 @@ public:
   Bus(const Session &session, std::vector<BenchEcu> ecus, Voice voice);
 
   const std::vector<BenchEcu> &ecus() const { return ecus_; }
-  // The ECU an argument names: its targetAddress, its idTx or its
-  // scenario's name, tried in that order; null when none matches.
-  const BenchEcu *findEcu(const std::string &name) const;
-  // True when the bench has an ECU the library creates.
-  bool hasEcus() const;
-  // "0x10 engine, 0x01 gateway, 0x40 body": the ECUs a tester can name.
-  std::string ecuList() const;
 
   CAN_PRT_HANDLE port() const { return port_; }
   CAN_CHN_HANDLE channel() const { return channels_.empty() ? nullptr : channels_.back().handle; }

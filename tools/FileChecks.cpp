@@ -76,7 +76,7 @@ LibraryReading readWithLibrary(const std::string &path) {
 
 class ScenarioChecker {
 public:
-  ScenarioChecker(const XmlFile &file, const LibraryReading &library, const CheckOptions &options,
+  ScenarioChecker(const XmlSource &file, const LibraryReading &library, const CheckOptions &options,
                   FileReport &report)
       : file_(file), options_(options), report_(report), table_(library.buckets),
         libraryEntries_(library.entries) {}
@@ -104,7 +104,7 @@ private:
 
   // One EVENEMENT, skipped exactly where the library's parse skips it.
   void readEvent(const TDomData &event) {
-    const std::vector<TDomData> requests = XmlFile::elements(event, "REQUETE");
+    const std::vector<TDomData> requests = XmlSource::elements(event, "REQUETE");
     if (requests.empty())
       return add(file_.line(event), "EVENEMENT without REQUETE is skipped");
     TDomData request;
@@ -112,13 +112,13 @@ private:
     if (request.isNull())
       return add(file_.line(requests[0]),
                  "REQUETE without an element inside (a TRAME): its EVENEMENT is skipped");
-    const std::vector<TDomData> answers = XmlFile::elements(event, "REPONSE");
+    const std::vector<TDomData> answers = XmlSource::elements(event, "REPONSE");
     if (answers.empty())
       return add(file_.line(event), "EVENEMENT without REPONSE is skipped");
 
-    const std::string pattern = XmlFile::content(request);
+    const std::string pattern = XmlSource::content(request);
     const unsigned line = file_.line(request);
-    const std::vector<TDomData> frames = XmlFile::elements(answers[0], "TRAME");
+    const std::vector<TDomData> frames = XmlSource::elements(answers[0], "TRAME");
     if (frames.empty())
       add(file_.line(answers[0]),
           "REPONSE without TRAME: request " + quoted(pattern) + " is answered as unknown");
@@ -127,9 +127,9 @@ private:
     insert(pattern, line);
     for (const TDomData &frame : frames) {
       if (pattern == kDialogRequest)
-        checkDialogAnswer(XmlFile::content(frame), file_.line(frame), frames.size());
+        checkDialogAnswer(XmlSource::content(frame), file_.line(frame), frames.size());
       else
-        checkAnswer(XmlFile::content(frame), file_.line(frame));
+        checkAnswer(XmlSource::content(frame), file_.line(frame));
     }
   }
 
@@ -236,7 +236,7 @@ private:
                     "meaningless bytes");
   }
 
-  const XmlFile &file_;
+  const XmlSource &file_;
   const CheckOptions &options_;
   FileReport &report_;
   Table table_;
@@ -293,7 +293,7 @@ void checkEcu(const std::string &bench, const std::vector<BenchEcu> &ecus, size_
 
 } // namespace
 
-bool isBench(const XmlFile &file) {
+bool isBench(const XmlSource &file) {
   for (const char *tag :
        {"UCE", "DEVICES", "PORT", "CAN_SERIALNUMBER", "DETBAUDRATE", "NEGATIVE_RESPONSE"})
     if (!file.elements(tag).empty())
@@ -301,16 +301,16 @@ bool isBench(const XmlFile &file) {
   return false;
 }
 
-bool isScenario(const XmlFile &file) { return !file.elements("EVENEMENT").empty(); }
+bool isScenario(const XmlSource &file) { return !file.elements("EVENEMENT").empty(); }
 
-void checkBench(const std::string &path, const XmlFile &file, FileReport &report) {
+void checkBench(const std::string &path, const XmlSource &file, FileReport &report) {
   const std::vector<BenchEcu> ecus = readBenchEcus(file);
   if (ecus.empty())
     report.findings.push_back({0, "no UCE element: the bus has no ECU"});
   for (size_t i = 0; i < ecus.size(); ++i)
     checkEcu(path, ecus, i, report);
   for (const TDomData &element : file.elements("DETBAUDRATE")) {
-    const std::string text = XmlFile::content(element);
+    const std::string text = XmlSource::content(element);
     if (!isDetectionOutcome(text))
       report.findings.push_back(
           {file.line(element),
@@ -320,7 +320,7 @@ void checkBench(const std::string &path, const XmlFile &file, FileReport &report
   }
   const std::vector<TDomData> negative = file.elements("NEGATIVE_RESPONSE");
   if (!negative.empty()) {
-    const std::string code = XmlFile::content(negative[0]);
+    const std::string code = XmlSource::content(negative[0]);
     if (code.empty() || !isFrameText(code))
       report.findings.push_back(
           {file.line(negative[0]), "NEGATIVE_RESPONSE " + quoted(code) +
@@ -329,7 +329,7 @@ void checkBench(const std::string &path, const XmlFile &file, FileReport &report
   }
 }
 
-void checkScenario(const std::string &path, const XmlFile &file, const CheckOptions &options,
+void checkScenario(const std::string &path, const XmlSource &file, const CheckOptions &options,
                    FileReport &report) {
   ScenarioChecker(file, readWithLibrary(path), options, report).run();
 }

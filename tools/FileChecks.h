@@ -4,7 +4,7 @@
 // overlaps between patterns.
 #pragma once
 
-#include "XmlFile.h"
+#include "XmlSource.h"
 
 #include <string>
 #include <vector>
@@ -29,11 +29,11 @@ struct CheckOptions {
 
 // A file with UCE elements (or other elements of a configuration) is a
 // bench; one with EVENEMENT elements a scenario; a file may be both.
-bool isBench(const XmlFile &file);
-bool isScenario(const XmlFile &file);
+bool isBench(const XmlSource &file);
+bool isScenario(const XmlSource &file);
 
 // `path` is the file as the user named it; a bench's relative scenario
 // paths count from its folder, as they do for cansimu.
-void checkBench(const std::string &path, const XmlFile &file, FileReport &report);
-void checkScenario(const std::string &path, const XmlFile &file, const CheckOptions &options,
+void checkBench(const std::string &path, const XmlSource &file, FileReport &report);
+void checkScenario(const std::string &path, const XmlSource &file, const CheckOptions &options,
                    FileReport &report);

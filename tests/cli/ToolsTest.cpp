@@ -1,6 +1,7 @@
 // The program's own parsing and wording, where a slip would show a tester a
 // wrong value: codes typed in the shell, event payloads, the command line.
 #include "Arguments.h"
+#include "BenchFile.h"
 #include "Errors.h"
 #include "FrameText.h"
 #include "Records.h"
@@ -9,7 +10,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 
 namespace {
@@ -152,4 +155,94 @@ TEST(CliArguments, OptionsStandAnywhereNeedTheirValueAndLibraryIsSetApart) {
   EXPECT_TRUE(parse({"flash", "-h"}).help);
   EXPECT_THROW(parse({"demo", "--library"}), UsageError);
   EXPECT_EQ(parse({"flash", "b.xml", "-"}).positional.back(), "-") << "'-' is an argument";
+  const Arguments ask = parse({"ask", "--frame", "b.xml", "10", "1001"});
+  EXPECT_TRUE(ask.has("--frame")) << "a flag takes no value";
+  EXPECT_EQ(ask.positional, (std::vector<std::string>{"b.xml", "10", "1001"}));
+}
+
+namespace {
+// Payloads allocated to their exact size, as the library allocates them, so
+// that reading past one shows under the sanitizers.
+template <class T> std::shared_ptr<T> exactly(size_t size) {
+  return std::shared_ptr<T>(static_cast<T *>(std::calloc(1, size)), std::free);
+}
+} // namespace
+
+// Each event shows what its type carries and nothing else: a short result
+// has no frame fields, a request copy comes back, a port frame carries 8
+// bytes at most, an injected port event its value.
+TEST(CliRecords, ChannelAndPortEvents_DecodeWhatTheirTypeCarries) {
+  uint8_t negative[] = {0x7F, 0x22, 0x31};
+  auto frameResult = exactly<CAN_ChnResult>(sizeof(CAN_ChnResult));
+  frameResult->responderAddress = 0x10;
+  frameResult->frameLength = 3;
+  frameResult->frameData = negative;
+  CAN_EventChn received{};
+  received.type = CHN_TYPE_RCV_SUCCESS;
+  received.data = frameResult.get();
+  const EventText answer = describeChannelEvent(received, 90);
+  EXPECT_EQ(answer.summary, "CHN_TYPE_RCV_SUCCESS (2008)");
+  EXPECT_EQ(answer.details,
+            std::vector<std::string>{"ECU 0x10, cOk (0): 7F 22 31  negative ReadDataByIdentifier: "
+                                     "requestOutOfRange (0x31)"});
+
+  auto shortResult = exactly<CAN_ChnResult>(offsetof(CAN_ChnResult, frameLength));
+  shortResult->resultCode = 1;
+  shortResult->responderAddress = 0x40;
+  uint8_t bytes[10] = {0x22, 0xF1, 0x90};
+  CAN_DiagMsg request = {0, sizeof bytes, bytes};
+  CAN_EventChn refused{};
+  refused.type = CHN_TYPE_SEND_FAILED_CRNEG;
+  refused.data = shortResult.get();
+  refused.request = &request;
+  EXPECT_EQ(describeChannelEvent(refused, 80).details,
+            (std::vector<std::string>{
+                "ECU 0x40, cNok (1)",
+                "with the request 22 F1 90 00 00 00 00 00 ... (ReadDataByIdentifier)"}));
+  CAN_EventChn ended{};
+  ended.type = CHN_TYPE_END_OF_RCV;
+  EXPECT_TRUE(describeChannelEvent(ended, 80).details.empty());
+
+  CAN_FramePort frame{};
+  frame.canId = 0x7E8;
+  frame.length = 12; // more than a frame holds: only its 8 bytes are read
+  std::memset(frame.bytes, 0x11, sizeof frame.bytes);
+  CAN_EventPort port{};
+  port.type = PRT_TYPE_FRAME;
+  port.data = &frame;
+  EXPECT_EQ(describePortEvent(port, 80).details,
+            std::vector<std::string>{"from 7E8: 11 11 11 11 11 11 11 11"});
+  uint8_t value = 0x33;
+  port.type = 305;
+  port.data = &value;
+  EXPECT_EQ(describePortEvent(port, 80).summary, "type 305, value 0x33");
+}
+
+// An ECU is named by its address first, then its idTx, then its scenario's
+// name; an entry the library skips names nothing.
+TEST(CliBench, FindEcu_TriesAddressThenIdTxThenScenarioName) {
+  const auto ecu = [](const char *address, uint32_t idTx, const char *scenario) {
+    BenchEcu entry;
+    entry.targetAddress = address;
+    entry.idTx = entry.idRx = "given";
+    entry.idTxValue = idTx;
+    uint32_t value = 0;
+    entry.addressed = parseHexNumber(address, value) && value <= 0xFF;
+    entry.address = static_cast<uint8_t>(value);
+    entry.scenario = scenario;
+    return entry;
+  };
+  std::vector<BenchEcu> ecus = {ecu("10", 0x7E0, "dir/engine.xml"), ecu("ENG", 0x40, "gw.xml"),
+                                ecu("40", 0x745, "body.xml"), ecu("", 0x7E1, "ghost.xml")};
+  const std::pair<const char *, const char *> names[] = {
+      {"10", "dir/engine.xml"},     {"0x10", "dir/engine.xml"}, {"7e0", "dir/engine.xml"},
+      {"Engine", "dir/engine.xml"}, {"40", "body.xml"},         {"gw", "gw.xml"},
+      {"745", "body.xml"},          {"ghost", nullptr},         {"7E1", nullptr},
+      {"nobody", nullptr}};
+  for (const auto &[name, scenario] : names) {
+    const BenchEcu *found = findEcu(ecus, name);
+    EXPECT_EQ(found != nullptr ? found->scenario : "none", scenario != nullptr ? scenario : "none")
+        << name;
+  }
+  EXPECT_EQ(ecuList(ecus), "0x10 engine, 'ENG' gw, 0x40 body");
 }

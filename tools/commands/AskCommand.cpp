@@ -68,11 +68,11 @@ void warnAboutScenario(const std::string &bench, const BenchEcu &ecu) {
   if (ecu.scenario.empty())
     return printError("ECU " + ecu.label() + " has no scenario: it never answers");
   const std::string path = scenarioPath(bench, ecu.scenario);
-  XmlFile scenario;
-  const XmlFile::Outcome outcome = scenario.load(path);
-  if (outcome == XmlFile::Outcome::Unreadable)
+  XmlSource scenario;
+  const XmlSource::Outcome outcome = scenario.load(path);
+  if (outcome == XmlSource::Outcome::Unreadable)
     printError("cannot read the scenario " + path + ": ECU " + ecu.label() + " never answers");
-  else if (outcome == XmlFile::Outcome::NotXml)
+  else if (outcome == XmlSource::Outcome::NotXml)
     printError(path + " is not an XML file: ECU " + ecu.label() +
                " answers every request as unknown");
 }
@@ -98,13 +98,14 @@ int runAsk(const Arguments &arguments) {
 
   Session session(arguments.library, words[0]);
   Bus bus(session, readBench(session.configuration()), Voice::Answers);
-  if (!bus.hasEcus())
+  if (!hasEcus(bus.ecus()))
     throw SetupError(words[0] + " has no usable UCE element: no ECU to ask");
   const BenchEcu *ecu = nullptr;
   if (!broadcast) {
-    ecu = bus.findEcu(words[1]);
+    ecu = findEcu(bus.ecus(), words[1]);
     if (ecu == nullptr)
-      throw UsageError("unknown ECU '" + words[1] + "' (the bench's ECUs: " + bus.ecuList() + ")");
+      throw UsageError("unknown ECU '" + words[1] + "' (the bench's ECUs: " + ecuList(bus.ecus()) +
+                       ")");
     if (!ecu->addressed && !frames)
       throw SetupError("ECU " + ecu->label() +
                        " has no one-byte targetAddress: no channel reaches it (try --frame)");

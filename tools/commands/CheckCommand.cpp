@@ -84,11 +84,11 @@ int runCheck(const Arguments &arguments) {
     const std::string path = queue[i];
     if (!seen.insert(absolutePath(path)).second)
       continue;
-    XmlFile file;
-    const XmlFile::Outcome outcome = file.load(path);
-    if (outcome != XmlFile::Outcome::Read) {
-      printError(outcome == XmlFile::Outcome::Unreadable ? "cannot read " + path
-                                                         : path + " is not an XML file");
+    XmlSource file;
+    const XmlSource::Outcome outcome = file.load(path);
+    if (outcome != XmlSource::Outcome::Read) {
+      printError(outcome == XmlSource::Outcome::Unreadable ? "cannot read " + path
+                                                           : path + " is not an XML file");
       unreadable = true;
       continue;
     }

@@ -202,9 +202,10 @@ private:
     }
     if (line.size() > 2)
       throw BadLine{"only a broadcast channel takes a start frame"};
-    const BenchEcu *ecu = bus_.findEcu(line[1]);
+    const BenchEcu *ecu = findEcu(bus_.ecus(), line[1]);
     if (ecu == nullptr)
-      throw BadLine{"unknown ECU '" + line[1] + "' (the bench's ECUs: " + bus_.ecuList() + ")"};
+      throw BadLine{"unknown ECU '" + line[1] + "' (the bench's ECUs: " + ecuList(bus_.ecus()) +
+                    ")"};
     if (!ecu->addressed)
       throw BadLine{"ECU " + ecu->label() +
                     " has no one-byte targetAddress: no channel reaches it"};

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-class XmlFile {
+class XmlSource {
 public:
   enum class Outcome { Read, Unreadable, NotXml };
 

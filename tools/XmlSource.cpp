@@ -1,4 +1,4 @@
-#include "XmlFile.h"
+#include "XmlSource.h"
 
 #include "Files.h"
 #include "platform/CodePage.h"
@@ -22,31 +22,31 @@ bool readLineStarts(const std::string &path, std::vector<long> &starts) {
 }
 } // namespace
 
-XmlFile::Outcome XmlFile::load(const std::string &path) {
+XmlSource::Outcome XmlSource::load(const std::string &path) {
   if (!fileReadable(path) || !readLineStarts(path, lineStarts_))
     return Outcome::Unreadable;
   return document_.load(toWideString(path.c_str())) ? Outcome::Read : Outcome::NotXml;
 }
 
-std::vector<TDomData> XmlFile::elements(const TDomData &node, const char *tag) {
+std::vector<TDomData> XmlSource::elements(const TDomData &node, const char *tag) {
   ACE_Array<TDomData> found;
   node.getSubNodesByTagName(toWideString(tag), found, true);
   return std::vector<TDomData>(found.begin(), found.end());
 }
 
-std::string XmlFile::attribute(const TDomData &element, const char *name) {
+std::string XmlSource::attribute(const TDomData &element, const char *name) {
   ACE_WString value;
   element.getAttributeValue(toWideString(name), value);
   return toAnsiString(value).c_str();
 }
 
-std::string XmlFile::content(const TDomData &element) {
+std::string XmlSource::content(const TDomData &element) {
   ACE_WString text;
   element.getContent(text);
   return toAnsiString(text).c_str();
 }
 
-unsigned XmlFile::line(const TDomData &element) const {
+unsigned XmlSource::line(const TDomData &element) const {
   const long offset = element.sourceOffset();
   if (offset < 0 || lineStarts_.empty())
     return 0;
