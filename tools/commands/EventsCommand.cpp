@@ -1,4 +1,5 @@
-// events: the driver and device queues, printed as events arrive.
+// events: the driver, device and port queues, printed as events arrive.
+#include "Bus.h"
 #include "Command.h"
 #include "Errors.h"
 #include "Output.h"
@@ -57,9 +58,9 @@ int runEvents(const Arguments &arguments) {
   if (session.reserveDevice() != E_SUCCESS)
     return kExitRefused;
   // Without the port (an unplugged box refuses it) the other queues remain.
-  CAN_PRT_HANDLE port = nullptr;
-  const CAN_STATUS reserved = api.PrtReservation(session.device(), 96, &port);
-  printStep("CAN_PrtReservation(96)", reserved, reserved == E_SUCCESS ? "port 96 is ours" : "");
+  Bus bus(session, {}, Voice::Steps);
+  bus.reservePort();
+  CAN_PRT_HANDLE port = bus.port();
   const char *queues = port != nullptr ? "driver, device and port" : "driver and device";
   if (seconds > 0)
     std::printf("watching the %s queues for %g s\n", queues, seconds);
