@@ -111,7 +111,7 @@ int runEvents(const Arguments &arguments) {
 Command eventsCommand() {
   return {"events",
           "events CONFIG [--seconds N]",
-          "print driver, device and port events as they arrive",
+          "driver, device and port events as they arrive",
           kDetails,
           1,
           1,

@@ -324,12 +324,6 @@ int runShell(const Arguments &arguments) {
 } // namespace
 
 Command shellCommand() {
-  return {"shell",
-          "shell CONFIG",
-          "an interactive console over one session (or a script)",
-          kDetails,
-          1,
-          1,
-          {},
-          runShell};
+  return {"shell", "shell CONFIG", "a console over one session, or a script of it", kDetails, 1, 1,
+          {},      runShell};
 }
