@@ -3,12 +3,13 @@
 #include "Errors.h"
 
 namespace {
-// Options that take a value; every command accepts --library, the others
-// are checked by the command that uses them.
+// Options that take a value, and options that stand alone; every command
+// accepts --library, the others are checked by the command that uses them.
 const char *const kValueOptions[] = {"--library", "--seconds"};
+const char *const kFlagOptions[] = {"--broadcast", "--frame"};
 
-bool takesValue(const std::string &option) {
-  for (const char *known : kValueOptions)
+template <size_t N> bool listed(const char *const (&options)[N], const std::string &option) {
+  for (const char *known : options)
     if (option == known)
       return true;
   return false;
@@ -21,10 +22,12 @@ Arguments parseArguments(int argc, char **argv) {
     const std::string argument = argv[i];
     if (argument == "--help" || argument == "-h") {
       arguments.help = true;
-    } else if (takesValue(argument)) {
+    } else if (listed(kValueOptions, argument)) {
       if (i + 1 == argc)
         throw UsageError(argument + " needs a value");
       arguments.options[argument] = argv[++i];
+    } else if (listed(kFlagOptions, argument)) {
+      arguments.options[argument] = "";
     } else if (argument.size() > 1 && argument[0] == '-') {
       throw UsageError("unknown option " + argument);
     } else if (arguments.command.empty()) {

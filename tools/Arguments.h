@@ -9,7 +9,8 @@
 struct Arguments {
   std::string command;
   std::vector<std::string> positional;
-  // Options that take a value, by name with their dashes ("--seconds").
+  // Options by name with their dashes ("--seconds"), with their values;
+  // options that take none ("--frame") have an empty one.
   std::map<std::string, std::string> options;
   std::string library;
   bool help = false;

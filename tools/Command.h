@@ -28,3 +28,5 @@ Command flashCommand();
 Command eventsCommand();
 Command shellCommand();
 Command examplesCommand();
+Command askCommand();
+Command checkCommand();

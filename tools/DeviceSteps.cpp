@@ -28,13 +28,14 @@ CAN_STATUS showTension(const Session &session) {
   return status;
 }
 
-CAN_STATUS setMode(const Session &session, uint32_t mode) {
+CAN_STATUS setMode(const Session &session, uint32_t mode, bool quiet) {
   uint8_t detail = 0;
   const CAN_STATUS status = session.api().DevSetMode(session.device(), mode, &detail);
   std::string note = status == E_SUCCESS ? describeMode(mode) : "";
   if (detail != 0)
     note += (note.empty() ? "" : ", ") + std::string("detail ") + std::to_string(detail);
-  printStep("CAN_DevSetMode(" + std::to_string(mode) + ")", status, note);
+  if (!quiet || status != E_SUCCESS)
+    printStep("CAN_DevSetMode(" + std::to_string(mode) + ")", status, note);
   return status;
 }
 
@@ -50,8 +51,7 @@ CAN_STATUS resetProcessor(const Session &session) {
   const CAN_STATUS status = session.api().DevHC16Reset(session.device());
   const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(
       std::chrono::steady_clock::now() - began);
-  printStep("CAN_DevHC16Reset()", status,
-            "processor reset, blocked " + std::to_string(took.count()) + " ms");
+  printStep("CAN_DevHC16Reset()", status, "reset, blocked " + std::to_string(took.count()) + " ms");
   return status;
 }
 

@@ -8,7 +8,8 @@
 
 CAN_STATUS showVersion(const Session &session, CAN_VersionDev *answer = nullptr);
 CAN_STATUS showTension(const Session &session);
-CAN_STATUS setMode(const Session &session, uint32_t mode);
+// CAN_DevSetMode, printed (`quiet`: only when it fails).
+CAN_STATUS setMode(const Session &session, uint32_t mode, bool quiet = false);
 CAN_STATUS showMode(const Session &session);
 // CAN_DevHC16Reset, with how long the box took.
 CAN_STATUS resetProcessor(const Session &session);

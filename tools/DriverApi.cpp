@@ -30,6 +30,22 @@ bool DriverApi::resolve(const LibraryLoader &library, std::string &missing) {
   bind(library, "CAN_DevSetSleep", DevSetSleep, missing);
   bind(library, "CAN_DevHC16Reset", DevHC16Reset, missing);
   bind(library, "CAN_DevBoardTeleFirm", DevBoardTeleFirm, missing);
+  bind(library, "CAN_PrtReservation", PrtReservation, missing);
+  bind(library, "CAN_PrtFree", PrtFree, missing);
+  bind(library, "CAN_PrtGetMesPhys", PrtGetMesPhys, missing);
+  bind(library, "CAN_PrtDetBaudRate", PrtDetBaudRate, missing);
+  bind(library, "CAN_PrtLoadAssocTable", PrtLoadAssocTable, missing);
+  bind(library, "CAN_PrtSendTrame", PrtSendTrame, missing);
+  bind(library, "CAN_PrtRxMsg", PrtRxMsg, missing);
+  bind(library, "CAN_PrtFreeRxMsg", PrtFreeRxMsg, missing);
+  bind(library, "CAN_ChnCreate", ChnCreate, missing);
+  bind(library, "CAN_ChnConfig", ChnConfig, missing);
+  bind(library, "CAN_ChnOpenSession", ChnOpenSession, missing);
+  bind(library, "CAN_ChnCloseSession", ChnCloseSession, missing);
+  bind(library, "CAN_ChnSendDiag", ChnSendDiag, missing);
+  bind(library, "CAN_ChnRxMsg", ChnRxMsg, missing);
+  bind(library, "CAN_ChnFreeRxMsg", ChnFreeRxMsg, missing);
+  bind(library, "CAN_ChnFree", ChnFree, missing);
   bind(library, "setNextCANStatus", setNextCANStatus, missing);
   return missing.empty();
 }

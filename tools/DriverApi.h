@@ -32,6 +32,26 @@ struct DriverApi {
   decltype(&::CAN_DevHC16Reset) DevHC16Reset = nullptr;
   decltype(&::CAN_DevBoardTeleFirm) DevBoardTeleFirm = nullptr;
 
+  // Port family.
+  decltype(&::CAN_PrtReservation) PrtReservation = nullptr;
+  decltype(&::CAN_PrtFree) PrtFree = nullptr;
+  decltype(&::CAN_PrtGetMesPhys) PrtGetMesPhys = nullptr;
+  decltype(&::CAN_PrtDetBaudRate) PrtDetBaudRate = nullptr;
+  decltype(&::CAN_PrtLoadAssocTable) PrtLoadAssocTable = nullptr;
+  decltype(&::CAN_PrtSendTrame) PrtSendTrame = nullptr;
+  decltype(&::CAN_PrtRxMsg) PrtRxMsg = nullptr;
+  decltype(&::CAN_PrtFreeRxMsg) PrtFreeRxMsg = nullptr;
+
+  // Channel family.
+  decltype(&::CAN_ChnCreate) ChnCreate = nullptr;
+  decltype(&::CAN_ChnConfig) ChnConfig = nullptr;
+  decltype(&::CAN_ChnOpenSession) ChnOpenSession = nullptr;
+  decltype(&::CAN_ChnCloseSession) ChnCloseSession = nullptr;
+  decltype(&::CAN_ChnSendDiag) ChnSendDiag = nullptr;
+  decltype(&::CAN_ChnRxMsg) ChnRxMsg = nullptr;
+  decltype(&::CAN_ChnFreeRxMsg) ChnFreeRxMsg = nullptr;
+  decltype(&::CAN_ChnFree) ChnFree = nullptr;
+
   // Test harness hook.
   decltype(&::setNextCANStatus) setNextCANStatus = nullptr;
 

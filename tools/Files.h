@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 // True when the file exists and can be opened for reading.
 bool fileReadable(const std::string &path);
@@ -19,3 +20,10 @@ std::string makeTemporaryDirectory();
 // Removes an empty folder, or a file; false on failure.
 bool removeDirectory(const std::string &path);
 bool removeFile(const std::string &path);
+// True when the path names a folder.
+bool isDirectory(const std::string &path);
+// The names of the regular files in a folder, sorted; empty when it cannot
+// be read.
+std::vector<std::string> filesIn(const std::string &folder);
+// True for an absolute path (on Windows also one that starts with a drive).
+bool isAbsolutePath(const std::string &path);

@@ -82,7 +82,7 @@ FlashOutcome flashFirmware(const Session &session, const std::string &image,
 
   outcome.progress = bar.percent();
   outcome.progressEvents = reader.progressEvents;
-  bar.finish(std::to_string(outcome.progressEvents) + " progress events");
+  bar.finish(std::to_string(outcome.progressEvents) + " events");
   printStep("CAN_DevBoardTeleFirm(" + shownName + ")", outcome.status, resultText(outcome.result));
   for (const std::string &other : reader.otherEvents)
     printNote("  event during the download", other);

@@ -3,11 +3,15 @@
 #include "Console.h"
 #include "StatusNames.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
-constexpr size_t kCallWidth = 44;
-constexpr size_t kStatusWidth = 20;
+// Two spaces, the call, the status and a short note fit in 80 columns.
+constexpr size_t kCallWidth = 34;
+constexpr size_t kStatusWidth = 15;
+// A note that does not fit goes below its step, indented like the details.
+constexpr size_t kNoteIndent = 6;
 
 const char *colourOf(CAN_STATUS status) {
   if (status == E_SUCCESS)
@@ -23,6 +27,27 @@ bool colour() {
   static const bool shows = outputShowsColour();
   return shows;
 }
+
+// A step line with its note, or, when that line would pass kLineWidth, the
+// note on a line of its own below it.
+void printLine(const std::string &call, const std::string &status, size_t statusLength,
+               const std::string &note) {
+  const std::string head = "  " + padded(call, kCallWidth) + " ";
+  const size_t length = head.size() + std::max(statusLength, kStatusWidth) + 1 + note.size();
+  if (note.empty() || length > kLineWidth) {
+    std::string line = head + status;
+    line.erase(line.find_last_not_of(' ') + 1);
+    std::printf("%s\n", line.c_str());
+    if (!note.empty())
+      std::printf("%s%s\n", std::string(kNoteIndent, ' ').c_str(), note.c_str());
+  } else {
+    std::printf(
+        "%s%s%s %s\n", head.c_str(), status.c_str(),
+        std::string(kStatusWidth > statusLength ? kStatusWidth - statusLength : 0, ' ').c_str(),
+        note.c_str());
+  }
+  std::fflush(stdout);
+}
 } // namespace
 
 std::string colouredStatus(CAN_STATUS status, size_t width) {
@@ -31,22 +56,26 @@ std::string colouredStatus(CAN_STATUS status, size_t width) {
 }
 
 void printStep(const std::string &call, CAN_STATUS status, const std::string &note) {
-  std::printf("  %s %s %s\n", padded(call, kCallWidth).c_str(),
-              colouredStatus(status, kStatusWidth).c_str(), note.c_str());
-  std::fflush(stdout);
+  printLine(call, colouredStatus(status), statusText(status).size(), note);
 }
 
-void printNote(const std::string &what, const std::string &note) {
-  std::printf("  %s %s %s\n", padded(what, kCallWidth).c_str(),
-              std::string(kStatusWidth, ' ').c_str(), note.c_str());
+void printNote(const std::string &what, const std::string &note) { printLine(what, "", 0, note); }
+
+std::string boldText(const std::string &text) {
+  return colour() ? "\033[1m" + text + "\033[0m" : text;
+}
+
+std::string warningText(const std::string &text) {
+  return colour() ? "\033[35m" + text + "\033[0m" : text;
+}
+
+void printDetail(size_t indent, const std::string &text) {
+  std::printf("%s%s\n", std::string(indent, ' ').c_str(), text.c_str());
   std::fflush(stdout);
 }
 
 void printHeading(const std::string &text) {
-  if (colour())
-    std::printf("\033[1m%s\033[0m\n", text.c_str());
-  else
-    std::printf("%s\n", text.c_str());
+  std::printf("%s\n", boldText(text).c_str());
   std::fflush(stdout);
 }
 

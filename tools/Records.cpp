@@ -1,5 +1,6 @@
 #include "Records.h"
 
+#include "FrameText.h"
 #include "StatusNames.h"
 
 #include <cstdint>
@@ -10,12 +11,6 @@ namespace {
 std::string volts(float value) {
   char text[32];
   std::snprintf(text, sizeof text, "%.2f V", static_cast<double>(value));
-  return text;
-}
-
-std::string hexByte(uint8_t value) {
-  char text[8];
-  std::snprintf(text, sizeof text, "0x%02X", static_cast<unsigned>(value));
   return text;
 }
 
@@ -114,4 +109,66 @@ std::string describeDeviceEvent(const CAN_EventDev &event) {
   const std::string payload = devicePayload(event);
   const std::string type = eventTypeText(deviceEventName(event.type), event.type);
   return payload.empty() ? type : type + ", " + payload;
+}
+
+std::string describeMeasures(const CAN_MesPhysPort &values) {
+  char text[96];
+  std::snprintf(text, sizeof text, "battery %.2f V, CAN high %.2f-%.2f V, low %.2f-%.2f V",
+                static_cast<double>(values.batteryVoltage), static_cast<double>(values.canHmin),
+                static_cast<double>(values.canHmax), static_cast<double>(values.canLmin),
+                static_cast<double>(values.canLmax));
+  return text;
+}
+
+EventText describePortEvent(const CAN_EventPort &event, size_t width) {
+  EventText text{eventTypeText(portEventName(event.type), event.type), {}};
+  if (event.data == nullptr)
+    return text;
+  switch (event.type) {
+  case PRT_TYPE_FRAME: {
+    const auto &frame = *static_cast<const CAN_FramePort *>(event.data);
+    const size_t length = frame.length < 8 ? frame.length : 8;
+    text.details = answerLines("from " + canIdText(frame.canId), frame.bytes, length, width);
+    break;
+  }
+  case PRT_TYPE_MES_PHYS:
+    text.summary += ", " + describeMeasures(*static_cast<const CAN_MesPhysPort *>(event.data));
+    break;
+  case PRT_TYPE_CAN_PARAM: {
+    const auto &params = *static_cast<const CAN_ParamPort *>(event.data);
+    text.summary += ", parameters " + std::to_string(params.param1) + " " +
+                    std::to_string(params.param2) + " " + std::to_string(params.param3) + " " +
+                    std::to_string(params.param4) + " " + std::to_string(params.param5) + " " +
+                    std::to_string(params.param6);
+    break;
+  }
+  case PRT_TYPE_STATE:
+    break;
+  default:
+    // The injected types carry the injected value in their first byte.
+    text.summary += ", value " + hexByte(*static_cast<const uint8_t *>(event.data));
+  }
+  return text;
+}
+
+EventText describeChannelEvent(const CAN_EventChn &event, size_t width) {
+  EventText text{eventTypeText(channelEventName(event.type), event.type), {}};
+  if (event.data != nullptr) {
+    const auto &result = *static_cast<const CAN_ChnResult *>(event.data);
+    const std::string head =
+        "ECU " + hexByte(result.responderAddress) + ", " + resultCodeText(result.resultCode);
+    if (channelResultOf(event.type) == ChannelResult::Frame)
+      text.details = answerLines(head, result.frameData, result.frameLength, width);
+    else
+      text.details.push_back(head);
+  }
+  if (event.request != nullptr) {
+    const auto &request = *static_cast<const CAN_DiagMsg *>(event.request);
+    const size_t shown = request.length < 8 ? request.length : 8;
+    const std::string meaning = requestMeaning(request.data, request.length);
+    text.details.push_back("with the request " + spacedHex(request.data, shown) +
+                           (shown < request.length ? " ..." : "") +
+                           (meaning.empty() ? "" : " (" + meaning + ")"));
+  }
+  return text;
 }

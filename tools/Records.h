@@ -4,6 +4,7 @@
 #include "cansimu/cansimu.h"
 
 #include <string>
+#include <vector>
 
 // A record's fixed-size text field as a string (it may lack its zero).
 template <size_t N> std::string fieldText(const char (&field)[N]) {
@@ -32,3 +33,16 @@ std::string describeDriverEvent(const CAN_EventDrv &event);
 std::string describeDeviceEvent(const CAN_EventDev &event);
 // The value a DEV_TYPE_PROGRESS event carries in its data word.
 uint32_t progressValue(const CAN_EventDev &event);
+
+// "battery 12.60 V, CAN high 2.45-3.55 V, low 1.45-2.55 V"
+std::string describeMeasures(const CAN_MesPhysPort &values);
+
+// An event of the port or a channel: its type (and a short payload) as the
+// summary, and the lines that decode an answer it carries, at most `width`
+// columns wide where they can be.
+struct EventText {
+  std::string summary;
+  std::vector<std::string> details;
+};
+EventText describePortEvent(const CAN_EventPort &event, size_t width);
+EventText describeChannelEvent(const CAN_EventChn &event, size_t width);

@@ -78,7 +78,7 @@ void Session::end() {
   device_ = nullptr;
 }
 
-CAN_STATUS Session::reserveDevice() {
+CAN_STATUS Session::reserveDevice(bool quiet) {
   CAN_EnumList list{0, nullptr};
   const CAN_STATUS listed = api_.DevEnumerate(&list);
   if (listed != E_SUCCESS || list.count == 0 || list.records == nullptr) {
@@ -87,23 +87,26 @@ CAN_STATUS Session::reserveDevice() {
     return listed != E_SUCCESS ? listed : E_NOT_FOUND;
   }
   const auto &first = *static_cast<const CAN_EnumDev *>(list.records);
-  printStep("CAN_DevEnumerate(list)", listed,
-            std::to_string(list.count) + " device: " + describeDevice(first));
+  if (!quiet)
+    printStep("CAN_DevEnumerate(list)", listed,
+              std::to_string(list.count) + " device: " + describeDevice(first));
   deviceName_ = fieldText(first.name);
   std::free(list.records);
 
   CAN_DEV_HANDLE handle = nullptr;
   const CAN_STATUS reserved = api_.DevReservation(deviceName_.c_str(), &handle);
-  printStep("CAN_DevReservation(\"" + deviceName_ + "\")", reserved,
-            reserved == E_SUCCESS ? "the box is ours" : "");
+  if (!quiet || reserved != E_SUCCESS)
+    printStep("CAN_DevReservation(\"" + deviceName_ + "\")", reserved,
+              reserved == E_SUCCESS ? "the box is ours" : "");
   if (reserved == E_SUCCESS)
     device_ = handle;
   return reserved;
 }
 
-CAN_STATUS Session::freeDevice() {
+CAN_STATUS Session::freeDevice(bool quiet) {
   const CAN_STATUS status = api_.DevFree(device_);
-  printStep("CAN_DevFree()", status, status == E_SUCCESS ? "reservation released" : "");
+  if (!quiet || status != E_SUCCESS)
+    printStep("CAN_DevFree()", status, status == E_SUCCESS ? "reservation released" : "");
   if (status == E_SUCCESS)
     device_ = nullptr;
   return status;

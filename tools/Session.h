@@ -19,6 +19,8 @@ public:
   Session &operator=(const Session &) = delete;
 
   const DriverApi &api() const { return api_; }
+  // True when the loaded library exports a function of that name.
+  bool exports(const std::string &name) const { return library_->symbol(name.c_str()) != nullptr; }
   const std::string &libraryPath() const { return libraryPath_; }
   // The configuration as an absolute path: what CAN_DrvInit receives.
   const std::string &configuration() const { return configuration_; }
@@ -34,10 +36,11 @@ public:
   void end();
 
   // Lists the devices and reserves the first one by its name: the handle
-  // is kept for the device calls. Prints one line per call.
-  CAN_STATUS reserveDevice();
-  // CAN_DevFree on the reserved device, printed.
-  CAN_STATUS freeDevice();
+  // is kept for the device calls. Prints one line per call (`quiet`: only
+  // a call that fails).
+  CAN_STATUS reserveDevice(bool quiet = false);
+  // CAN_DevFree on the reserved device, printed likewise.
+  CAN_STATUS freeDevice(bool quiet = false);
   CAN_DEV_HANDLE device() const { return device_; }
   const std::string &deviceName() const { return deviceName_; }
 

@@ -29,6 +29,11 @@ const NamedCode kStatuses[] = {
     {E_BUSOFF, "E_BUSOFF"},
 };
 
+// What baud-rate detection can answer from a DETBAUDRATE text.
+const CAN_STATUS kDetectionOutcomes[] = {E_SUCCESS,         E_BOARD_ERROR_1, E_BOARD_ERROR_2,
+                                         E_BUSOFF,          E_DISCONNECTED,  E_DENIED_KERNEL_ACCESS,
+                                         E_KERNEL_RW_ERROR, E_NOMEM,         E_RECONF_PROGRESS};
+
 const NamedCode kDriverEvents[] = {
     {DRV_TYPE_ENDFIFO, "DRV_TYPE_ENDFIFO"},
     {DRV_TYPE_DEVICE_100, "DRV_TYPE_DEVICE_100"},
@@ -41,6 +46,65 @@ const NamedCode kDeviceEvents[] = {
     {DEV_TYPE_CONFIG, "DEV_TYPE_CONFIG"},       {DEV_TYPE_TENSION, "DEV_TYPE_TENSION"},
     {DEV_TYPE_STATUS, "DEV_TYPE_STATUS"},       {DEV_TYPE_MODE, "DEV_TYPE_MODE"},
     {DEV_TYPE_RESET, "DEV_TYPE_RESET"},         {DEV_TYPE_PROGRESS, "DEV_TYPE_PROGRESS"},
+};
+
+const NamedCode kPortEvents[] = {
+    {PRT_TYPE_ENDFIFO, "PRT_TYPE_ENDFIFO"}, {PRT_TYPE_CAN_PARAM, "PRT_TYPE_CAN_PARAM"},
+    {PRT_TYPE_STATE, "PRT_TYPE_STATE"},     {PRT_TYPE_MES_PHYS, "PRT_TYPE_MES_PHYS"},
+    {PRT_TYPE_FRAME, "PRT_TYPE_FRAME"},
+};
+
+const NamedCode kChannelEvents[] = {
+    {CHN_TYPE_ENDFIFO, "CHN_TYPE_ENDFIFO"},
+    {CHN_TYPE_CRSNDDIAGFRAME, "CHN_TYPE_CRSNDDIAGFRAME"},
+    {CHN_TYPE_SEND_FAILED_LOSSOFCOM, "CHN_TYPE_SEND_FAILED_LOSSOFCOM"},
+    {CHN_TYPE_SEND_FAILED_CRNEG, "CHN_TYPE_SEND_FAILED_CRNEG"},
+    {CHN_TYPE_SEND_FAILED_TIMEOUT, "CHN_TYPE_SEND_FAILED_TIMEOUT"},
+    {CHN_TYPE_SEND_FAILED_INTERNAL_DRIVER_ERROR, "CHN_TYPE_SEND_FAILED_INTERNAL_DRIVER_ERROR"},
+    {CHN_TYPE_RCV_CORRUPTED_FRAME, "CHN_TYPE_RCV_CORRUPTED_FRAME"},
+    {CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT, "CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT"},
+    {CHN_TYPE_REQ_1_0_EMITTED, "CHN_TYPE_REQ_1_0_EMITTED"},
+    {CHN_TYPE_RCV_FAILED_TIMEOUT, "CHN_TYPE_RCV_FAILED_TIMEOUT"},
+    {CHN_TYPE_RCV_SUCCESS, "CHN_TYPE_RCV_SUCCESS"},
+    {CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED, "CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED"},
+    {CHN_TYPE_RCV_FAILED_NO_RESPONSE, "CHN_TYPE_RCV_FAILED_NO_RESPONSE"},
+    {CHN_TYPE_END_OF_RCV, "CHN_TYPE_END_OF_RCV"},
+};
+
+// The result codes of a channel result; 15 to 19, 25 to 29 and 33 to 63
+// have no name.
+const NamedCode kResultCodes[] = {
+    {0, "cOk"},
+    {1, "cNok"},
+    {2, "cTimeOut"},
+    {3, "cErreurParametre"},
+    {4, "cCodeCommandeInvalide"},
+    {5, "cCommandeNonImplementee"},
+    {6, "cLongueurDonneesInvalide"},
+    {7, "cParametreInvalide"},
+    {8, "cErreurEcriture"},
+    {9, "cErreurLecture"},
+    {10, "cIdCanInvalide"},
+    {11, "cOctetFiInvalide"},
+    {12, "cBusOff"},
+    {13, "cErreurPassiveBus"},
+    {14, "cModeIncompatible"},
+    {20, "cBrpInvalide"},
+    {21, "cTseg1Invalide"},
+    {22, "cTseg2Invalide"},
+    {23, "cSamInvalide"},
+    {24, "cSjwInvalide"},
+    {30, "cMTypeInvalide"},
+    {31, "cTaTypeInvalide"},
+    {32, "cAbonneInconnu"},
+    {64, "cErreurUsb"},
+    {65, "cTimeOutOctet"},
+    {66, "cTimeOutTrame"},
+    {67, "cErreurCypress"},
+    {68, "cLongueursIncoherentes"},
+    {69, "cLongueurTrameFausse"},
+    {70, "cLongueurTrameInvalide"},
+    {71, "cTypeTrameInvalide"},
 };
 
 template <size_t N> const char *nameOf(const NamedCode (&table)[N], uint32_t value) {
@@ -58,6 +122,17 @@ bool valueOf(const NamedCode (&table)[N], const std::string &name, uint32_t &val
       return true;
     }
   return false;
+}
+
+template <size_t N> bool named(const NamedCode (&table)[N], const std::string &name) {
+  uint32_t ignored = 0;
+  return valueOf(table, name, ignored);
+}
+
+std::string numbered(const char *name, const char *unnamed, uint32_t value) {
+  if (name == nullptr)
+    return std::string(unnamed) + " " + std::to_string(value);
+  return std::string(name) + " (" + std::to_string(value) + ")";
 }
 
 bool parseNumber(const std::string &text, uint32_t &value) {
@@ -78,23 +153,54 @@ bool parseNumber(const std::string &text, uint32_t &value) {
 
 const char *statusName(CAN_STATUS status) { return nameOf(kStatuses, status); }
 
-std::string statusText(CAN_STATUS status) {
-  const char *name = statusName(status);
-  if (name == nullptr)
-    return "status " + std::to_string(status);
-  return std::string(name) + " (" + std::to_string(status) + ")";
+std::string statusText(CAN_STATUS status) { return numbered(statusName(status), "status", status); }
+
+bool isStatusName(const std::string &name) { return named(kStatuses, name); }
+
+bool isDetectionOutcome(const std::string &name) {
+  uint32_t status = 0;
+  if (!valueOf(kStatuses, name, status))
+    return false;
+  for (CAN_STATUS outcome : kDetectionOutcomes)
+    if (outcome == status)
+      return true;
+  return false;
 }
 
 const char *driverEventName(uint32_t type) { return nameOf(kDriverEvents, type); }
 const char *deviceEventName(uint32_t type) { return nameOf(kDeviceEvents, type); }
+const char *portEventName(uint32_t type) { return nameOf(kPortEvents, type); }
+const char *channelEventName(uint32_t type) { return nameOf(kChannelEvents, type); }
 
-std::string eventTypeText(const char *name, uint32_t type) {
-  if (name == nullptr)
-    return "type " + std::to_string(type);
-  return std::string(name) + " (" + std::to_string(type) + ")";
+std::string eventTypeText(const char *name, uint32_t type) { return numbered(name, "type", type); }
+
+bool channelEventType(const std::string &name, uint32_t &type) {
+  return valueOf(kChannelEvents, name, type);
 }
+
+ChannelResult channelResultOf(uint32_t type) {
+  switch (type) {
+  case CHN_TYPE_CRSNDDIAGFRAME:
+  case CHN_TYPE_SEND_FAILED_CRNEG:
+    return ChannelResult::Short;
+  case CHN_TYPE_RCV_CORRUPTED_FRAME:
+  case CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT:
+  case CHN_TYPE_RCV_SUCCESS:
+  case CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED:
+    return ChannelResult::Frame;
+  default:
+    return ChannelResult::None;
+  }
+}
+
+const char *resultCodeName(uint32_t code) { return nameOf(kResultCodes, code); }
+
+std::string resultCodeText(uint32_t code) { return numbered(resultCodeName(code), "result", code); }
+
+bool isResultCodeName(const std::string &name) { return named(kResultCodes, name); }
 
 bool parseCode(const std::string &text, uint32_t &value) {
   return parseNumber(text, value) || valueOf(kStatuses, text, value) ||
-         valueOf(kDriverEvents, text, value) || valueOf(kDeviceEvents, text, value);
+         valueOf(kDriverEvents, text, value) || valueOf(kDeviceEvents, text, value) ||
+         valueOf(kPortEvents, text, value);
 }

@@ -1,5 +1,6 @@
 // cansimu: a command-line host for the simulated interface box. It loads the
 // library at run time, as a diagnostic application does, and drives it.
+#include "AceRuntime.h"
 #include "Arguments.h"
 #include "Command.h"
 #include "Errors.h"
@@ -22,8 +23,9 @@ void printProgramHelp(FILE *out) {
                "\noptions:\n"
                "  --library PATH             the library to load (default: %s)\n"
                "  --help                     this help, or a command's: cansimu COMMAND --help\n"
-               "\nexit status: 0 done; 1 the library refused a call; 2 bad command line;\n"
-               "3 library, configuration or file missing or unreadable.\n",
+               "\nexit status: 0 done; 1 the library refused a call (ask: a request got no\n"
+               "answer; check: warnings); 2 bad command line; 3 library, configuration or\n"
+               "file missing or unreadable.\n",
                defaultLibraryPath().c_str());
 }
 
@@ -79,6 +81,7 @@ int run(int argc, char **argv) {
 } // namespace
 
 int main(int argc, char **argv) {
+  const AceRuntime ace;
   try {
     return run(argc, argv);
   } catch (const UsageError &error) {

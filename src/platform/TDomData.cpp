@@ -98,3 +98,5 @@ bool TDomData::getAttributeValue(const ACE_WString &name, ACE_WString &out) cons
   out = attribute ? wideOf(attribute.value()) : ACE_WString();
   return static_cast<bool>(attribute);
 }
+
+long TDomData::sourceOffset() const { return node_ ? static_cast<long>(node_.offset_debug()) : -1; }

@@ -37,6 +37,10 @@ public:
   // the attribute is missing. True when the attribute exists.
   bool getAttributeValue(const ACE_WString &name, ACE_WString &out) const;
 
+  // Where the node starts in the loaded file, in characters from the
+  // file's beginning, for messages that name its line; -1 when unknown.
+  long sourceOffset() const;
+
 private:
   TDomData(std::shared_ptr<pugi::xml_document> document, pugi::xml_node node);
 

@@ -1,4 +1,6 @@
-// demo: a guided host session over the example bench, one line per call.
+// demo: a guided host session over the example bench, one line per call:
+// the box first, then a diagnostic session on its port.
+#include "Bus.h"
 #include "Command.h"
 #include "DeviceSteps.h"
 #include "Errors.h"
@@ -14,15 +16,32 @@ namespace {
 
 const char kDetails[] =
     "A guided session with the simulated interface box, as a diagnostic host\n"
-    "runs it: initialise the driver with CONFIG, list and reserve the box, read\n"
-    "its versions and voltages, set its mode, reset its processor and read the\n"
-    "reset event, let a test harness inject a failure, download the example\n"
-    "application image with a live progress bar (a second thread reads the\n"
-    "progress events while the download blocks), then read the new versions.\n"
+    "runs it, one line per call with its status and what came back.\n"
+    "\n"
+    "The box: initialise the driver with CONFIG, reserve the box, read its\n"
+    "versions and voltages, reset its processor, let a test harness inject a\n"
+    "failure, download the example application image with a live progress bar\n"
+    "(a second thread reads the progress events while the download blocks).\n"
+    "\n"
+    "The bus: reserve port 96, load an association table built from the\n"
+    "bench's UCE elements, open a one-to-one channel to the first ECU and send\n"
+    "it requests (a session, the VIN, a request it does not know, a typed\n"
+    "failure); then a broadcast channel whose tester-present start frame\n"
+    "reaches every ECU; then a raw CAN frame in mode 2.\n"
     "\n"
     "CONFIG defaults to the example bench (examples/bench.xml of the source\n"
     "tree, or the copy built into the program when the tree is not there).\n"
     "The firmware image always comes from the example bench.\n";
+
+// How long each read of the port and channel queues waits; the answers are
+// queued before the request's call returns, so only a missing one waits.
+constexpr uint32_t kReadMs = 100;
+
+// The requests of the one-to-one part: an extended session, the VIN, a
+// service the scenario does not know, an answer the scenario types.
+const char *const kRequests[] = {"1003", "22F190", "280301", "22F195"};
+const char kTesterPresent[] = "3E00";
+const char kFrameRequest[] = "22F190";
 
 // Stops the demo at a call that did not answer E_SUCCESS.
 struct DemoStopped {};
@@ -32,8 +51,16 @@ void expectSuccess(CAN_STATUS status) {
     throw DemoStopped{};
 }
 
-void runSteps(Session &session, const ExampleBench &bench) {
+Bytes bytesOf(const char *hex) {
+  Bytes bytes;
+  std::string why;
+  parseHexBytes(hex, bytes, why);
+  return bytes;
+}
+
+void runDevicePart(Session &session, const ExampleBench &bench) {
   const DriverApi &api = session.api();
+  printHeading("The box: versions, voltages, a reset, an injected failure, a download");
   const CAN_STATUS initialised = session.start();
   printStep("CAN_DrvInit(configuration)", initialised, "configuration read");
   expectSuccess(initialised);
@@ -47,7 +74,7 @@ void runSteps(Session &session, const ExampleBench &bench) {
 
   // What a test harness beside the host does: the next call fails on demand.
   api.setNextCANStatus("CAN_DevGetTension", E_DISCONNECTED, 0);
-  printNote("setNextCANStatus(\"CAN_DevGetTension\", 7)", "harness arms a failure");
+  printNote("setNextCANStatus(\"CAN_DevGetTension\", 7)", "the harness arms a failure");
   CAN_TensionDev tension{};
   printStep("CAN_DevGetTension()", api.DevGetTension(session.device(), &tension),
             "answered by the harness");
@@ -57,7 +84,50 @@ void runSteps(Session &session, const ExampleBench &bench) {
       flashFirmware(session, bench.file("application.bin"), "application.bin");
   expectSuccess(flashed.status);
   expectSuccess(showVersion(session));
+}
+
+void runChannelPart(Session &session, Bus &bus, const BenchEcu &ecu) {
+  printHeading("\nPort 96, mode 1: a one-to-one channel to ECU " + ecu.label());
+  expectSuccess(bus.reservePort());
+  expectSuccess(setMode(session, 1));
+  expectSuccess(bus.loadAssocTable());
+  expectSuccess(bus.createChannel(&ecu));
+  expectSuccess(bus.openSession());
+  for (const char *request : kRequests) {
+    expectSuccess(bus.sendRequest(bytesOf(request)));
+    bus.readChannel(kReadMs);
+  }
+  expectSuccess(bus.closeSession());
+  expectSuccess(bus.freeChannel());
+}
+
+void runBroadcastPart(Bus &bus) {
+  printHeading("\nA broadcast channel: its tester-present start frame reaches every ECU");
+  expectSuccess(bus.createChannel(nullptr, bytesOf(kTesterPresent)));
+  expectSuccess(bus.openSession());
+  bus.readChannel(kReadMs);
+  expectSuccess(bus.closeSession());
+  expectSuccess(bus.freeChannel());
+}
+
+void runFramePart(Session &session, Bus &bus, const BenchEcu &ecu) {
+  printHeading("\nMode 2: a raw CAN frame to " + canIdText(ecu.idTxValue) +
+               "; a frame carries at most 8 bytes");
+  expectSuccess(setMode(session, 2));
+  expectSuccess(bus.sendFrame(ecu.idTxValue, bytesOf(kFrameRequest)));
+  bus.readPort(kReadMs);
+  expectSuccess(bus.freePort());
   expectSuccess(session.freeDevice());
+}
+
+// The ECU the one-to-one channel talks to: the bench's first ECU that an
+// association table can name.
+const BenchEcu &firstAddressedEcu(const Bus &bus, const std::string &configuration) {
+  for (const BenchEcu &ecu : bus.ecus())
+    if (ecu.usable() && ecu.addressed)
+      return ecu;
+  throw SetupError(configuration +
+                   " has no UCE element with a one-byte targetAddress: no ECU to talk to");
 }
 
 int runDemo(const Arguments &arguments) {
@@ -65,6 +135,8 @@ int runDemo(const Arguments &arguments) {
   const std::string configuration =
       arguments.positional.empty() ? bench.file("bench.xml") : arguments.positional[0];
   Session session(arguments.library, configuration);
+  Bus bus(session, readBench(session.configuration()), Voice::Steps);
+  const BenchEcu &ecu = firstAddressedEcu(bus, configuration);
 
   printHeading("cansimu demo: a host session with the simulated interface box");
   std::printf("  library        %s\n  configuration  %s%s\n\n", session.libraryPath().c_str(),
@@ -72,7 +144,10 @@ int runDemo(const Arguments &arguments) {
               arguments.positional.empty() && bench.embedded() ? " (built-in bench)" : "");
   int exitStatus = kExitDone;
   try {
-    runSteps(session, bench);
+    runDevicePart(session, bench);
+    runChannelPart(session, bus, ecu);
+    runBroadcastPart(bus);
+    runFramePart(session, bus, ecu);
   } catch (const DemoStopped &) {
     exitStatus = kExitRefused;
   }

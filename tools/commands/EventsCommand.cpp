@@ -1,4 +1,5 @@
-// events: the driver and device queues, printed as events arrive.
+// events: the driver, device and port queues, printed as events arrive.
+#include "Bus.h"
 #include "Command.h"
 #include "Errors.h"
 #include "Output.h"
@@ -14,16 +15,20 @@
 namespace {
 
 const char kDetails[] =
-    "Starts a session with CONFIG, reserves the box and prints every driver and\n"
-    "device event as it arrives, one line each with the time since the start,\n"
-    "the queue and the type name. Edit and save CONFIG meanwhile (unplug the\n"
-    "box with CAN_DEVICESTATE, for example) to watch the host see the change.\n"
+    "Starts a session with CONFIG, reserves the box and its port 96 and prints\n"
+    "every driver, device and port event as it arrives, one line each with the\n"
+    "time since the start, the queue and the type name; a CAN frame on the\n"
+    "port is decoded below its line. Edit and save CONFIG meanwhile (unplug\n"
+    "the box with CAN_DEVICESTATE, for example) to watch the host see the\n"
+    "change.\n"
     "\n"
     "  --seconds N   stop after N seconds (default: run until Ctrl-C)\n";
 
 // Each queue is polled with this timeout in turn; it bounds how late an
 // event is printed.
-constexpr uint32_t kPollMs = 100;
+constexpr uint32_t kPollMs = 50;
+// Where the event's text starts on its line: details line up under it.
+constexpr size_t kTextColumn = 22;
 
 std::atomic<bool> interrupted{false};
 
@@ -52,10 +57,15 @@ int runEvents(const Arguments &arguments) {
   printStep("CAN_DrvInit(configuration)", session.start(), session.configuration());
   if (session.reserveDevice() != E_SUCCESS)
     return kExitRefused;
+  // Without the port (an unplugged box refuses it) the other queues remain.
+  Bus bus(session, {}, Voice::Steps);
+  bus.reservePort();
+  CAN_PRT_HANDLE port = bus.port();
+  const char *queues = port != nullptr ? "driver, device and port" : "driver and device";
   if (seconds > 0)
-    std::printf("watching the driver and device queues for %g s\n", seconds);
+    std::printf("watching the %s queues for %g s\n", queues, seconds);
   else
-    std::printf("watching the driver and device queues until Ctrl-C\n");
+    std::printf("watching the %s queues until Ctrl-C\n", queues);
   std::fflush(stdout);
 
   std::signal(SIGINT, onInterrupt);
@@ -80,6 +90,16 @@ int runEvents(const Arguments &arguments) {
       api.DevFreeRxMsg(deviceEvent);
       ++count;
     }
+    CAN_EventPort *portEvent = nullptr;
+    if (port != nullptr && api.PrtRxMsg(port, &portEvent, &pending, kPollMs) == E_SUCCESS &&
+        portEvent != nullptr) {
+      const EventText text = describePortEvent(*portEvent, kLineWidth - kTextColumn);
+      printEvent(elapsed(), "port", text.summary);
+      for (const std::string &line : text.details)
+        printDetail(kTextColumn, line);
+      api.PrtFreeRxMsg(portEvent);
+      ++count;
+    }
   }
   std::signal(SIGINT, SIG_DFL);
   std::printf("%u event%s\n", count, count == 1 ? "" : "s");
@@ -91,7 +111,7 @@ int runEvents(const Arguments &arguments) {
 Command eventsCommand() {
   return {"events",
           "events CONFIG [--seconds N]",
-          "print driver and device events as they arrive",
+          "driver, device and port events as they arrive",
           kDetails,
           1,
           1,

@@ -1,7 +1,9 @@
 #include "Files.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <dirent.h>
 #include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -47,3 +49,23 @@ std::string makeTemporaryDirectory() {
 bool removeDirectory(const std::string &path) { return rmdir(path.c_str()) == 0; }
 
 bool removeFile(const std::string &path) { return std::remove(path.c_str()) == 0; }
+
+bool isDirectory(const std::string &path) {
+  struct stat info {};
+  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+std::vector<std::string> filesIn(const std::string &folder) {
+  std::vector<std::string> names;
+  DIR *directory = opendir(folder.c_str());
+  if (directory == nullptr)
+    return names;
+  while (const dirent *entry = readdir(directory))
+    if (fileReadable(folder + "/" + entry->d_name))
+      names.push_back(entry->d_name);
+  closedir(directory);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool isAbsolutePath(const std::string &path) { return !path.empty() && path[0] == '/'; }

@@ -1,5 +1,7 @@
 #include "Files.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <direct.h>
 #include <windows.h>
@@ -63,3 +65,29 @@ std::string makeTemporaryDirectory() {
 bool removeDirectory(const std::string &path) { return RemoveDirectoryA(path.c_str()) != 0; }
 
 bool removeFile(const std::string &path) { return std::remove(path.c_str()) == 0; }
+
+bool isDirectory(const std::string &path) {
+  const DWORD attributes = GetFileAttributesA(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+std::vector<std::string> filesIn(const std::string &folder) {
+  std::vector<std::string> names;
+  WIN32_FIND_DATAA found;
+  const HANDLE search = FindFirstFileA((folder + "\\*").c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE)
+    return names;
+  do {
+    if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
+      names.push_back(found.cFileName);
+  } while (FindNextFileA(search, &found));
+  FindClose(search);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool isAbsolutePath(const std::string &path) {
+  if (!path.empty() && isSeparator(path[0]))
+    return true;
+  return path.size() > 1 && std::isalpha(static_cast<unsigned char>(path[0])) && path[1] == ':';
+}

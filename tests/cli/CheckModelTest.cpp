@@ -1,0 +1,146 @@
+// What check says about overlapping requests is what the library does: its
+// request table keeps the library's entries, a request it reports as folded
+// into another answers with the other's entry, and a request it says nothing
+// against answers with its own answers.
+#include "FileChecks.h"
+#include "XmlSource.h"
+#include "ecu/Scenario.h"
+#include "platform/CodePage.h"
+#include "support/TempDir.h"
+#include "support/XmlFiles.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+// ScenarioFile writes its first EVENEMENT on line 3, one a line.
+constexpr unsigned kFirstLine = 3;
+
+FileReport check(const std::string &path) {
+  XmlSource file;
+  EXPECT_EQ(file.load(path), XmlSource::Outcome::Read);
+  FileReport report;
+  checkScenario(path, file, CheckOptions(), report);
+  return report;
+}
+
+std::string libraryAnswer(Scenario &scenario, const std::string &request) {
+  ACE_WString answer(L"<none>");
+  scenario.findResponse(toWideString(request.c_str()), answer);
+  return toAnsiString(answer).c_str();
+}
+
+// A service written with a wildcard that matches "22" and shares its bucket
+// in a loaded table (32 buckets), so that a pattern filed under another
+// service's text still meets the requests of "22"; "2E" when none does.
+std::string wildcardMateOf22() {
+  const ScenarioKeyHash hash;
+  const ScenarioKeyMatch match;
+  const unsigned long bucket = hash(L"22") % 32;
+  const std::string characters = "0123456789ABCDEF?*";
+  for (char first : characters)
+    for (char second : characters) {
+      const std::string service = {first, second};
+      const ACE_WString key = toWideString(service.c_str());
+      if (service.find_first_of("?*") != std::string::npos && hash(key) % 32 == bucket &&
+          match(key, L"22"))
+        return service;
+    }
+  return "2E";
+}
+
+// The line a message names after `marker` ("(line 12" gives 12).
+unsigned namedLine(const std::string &message, const std::string &marker) {
+  const size_t at = message.find(marker);
+  return at == std::string::npos ? 0 : std::atoi(message.c_str() + at + marker.size());
+}
+
+} // namespace
+
+TEST(CliCheck, OverlapFindings_AreWhatTheLibraryAnswers) {
+  TempDir dir;
+  const std::string path = ScenarioFile()
+                               .event("22F1*", {"AA"})
+                               .event("22F187", {"BB"})
+                               .event("3E00", {"CC"})
+                               .event("3E*", {"DD"})
+                               .event("1101", {"EE"})
+                               .event("1101", {"FF"})
+                               .writeTo(dir.file("scenario.xml"));
+  std::vector<std::string> messages;
+  for (const Finding &finding : check(path).findings)
+    messages.push_back(std::to_string(finding.line) + " " + finding.message);
+  ASSERT_EQ(messages.size(), 3u);
+  EXPECT_NE(messages[0].find("4 request '22F187' is already matched by '22F1*' (line 3)"),
+            std::string::npos);
+  EXPECT_NE(messages[1].find("6 request '3E*' hides the earlier, more specific '3E00' (line 5)"),
+            std::string::npos);
+  EXPECT_NE(messages[2].find("8 request '1101' is written twice (first at line 7)"),
+            std::string::npos);
+
+  Scenario library(toWideString(path.c_str()));
+  ASSERT_TRUE(library.load());
+  const std::pair<const char *, const char *> answers[] = {
+      {"22F187", "BB"}, {"22F1AB", "BB"}, {"3E00", "DD"}, {"1101", "FF"}};
+  for (const auto &[request, answer] : answers)
+    EXPECT_EQ(libraryAnswer(library, request), answer) << request;
+}
+
+// Random scenarios of overlapping patterns, some sharing a bucket: the
+// findings predict the library's answer to every literal request.
+TEST(CliCheck, RandomScenarios_FindingsPredictTheLibrarysAnswers) {
+  const std::string services[] = {"22", wildcardMateOf22(), "3E"};
+  const char *const tails[] = {"",    "F1", "F19",  "F190",   "F191", "F1??",
+                               "F1*", "*",  "F?90", "F190FF", "??"};
+  std::mt19937 random(12);
+  TempDir dir;
+  for (int round = 0; round < 100; ++round) {
+    std::vector<std::string> patterns;
+    ScenarioFile scenario;
+    for (int i = 0; i < 10; ++i) {
+      patterns.push_back(services[random() % 3] + tails[random() % 11]);
+      scenario.event(patterns.back(), {"A" + std::to_string(i)});
+    }
+    const std::string path = scenario.writeTo(dir.file("round" + std::to_string(round) + ".xml"));
+
+    // Which request each one folds into (itself when it has an entry), and
+    // which entries a later request hides.
+    std::vector<size_t> entryOf(patterns.size());
+    std::vector<bool> hidden(patterns.size(), false);
+    for (size_t i = 0; i < patterns.size(); ++i)
+      entryOf[i] = i;
+    for (const Finding &finding : check(path).findings) {
+      ASSERT_EQ(finding.message.find("the library keeps"), std::string::npos) << finding.message;
+      unsigned earlier = namedLine(finding.message, "(line ");
+      if (earlier == 0)
+        earlier = namedLine(finding.message, "(first at line ");
+      if (earlier == 0)
+        continue;
+      if (finding.message.find(" hides ") != std::string::npos)
+        hidden[earlier - kFirstLine] = true;
+      else
+        entryOf[finding.line - kFirstLine] = entryOf[earlier - kFirstLine];
+    }
+    // An entry answers with the answers written last for it.
+    std::vector<std::string> answerOf(patterns.size());
+    for (size_t i = 0; i < patterns.size(); ++i)
+      answerOf[entryOf[i]] = "A" + std::to_string(i);
+
+    Scenario library(toWideString(path.c_str()));
+    ASSERT_TRUE(library.load());
+    for (size_t i = 0; i < patterns.size(); ++i) {
+      if (entryOf[i] != i || patterns[i].find_first_of("?*") != std::string::npos)
+        continue;
+      const std::string answer = libraryAnswer(library, patterns[i]);
+      if (hidden[i])
+        EXPECT_NE(answer, answerOf[i]) << path << ": " << patterns[i];
+      else
+        EXPECT_EQ(answer, answerOf[i]) << path << ": " << patterns[i];
+    }
+  }
+}

@@ -1,0 +1,78 @@
+// The names the program shows and checks are the library's own: each channel
+// event type and result code name of its tables selects, in a typed answer,
+// the value it gives the name; each DETBAUDRATE text it accepts is played as
+// that status, and any other status name as E_INVALID.
+#include "StatusNames.h"
+#include "channel/ChannelFixture.h"
+
+#include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
+
+using namespace channel_test;
+
+namespace {
+
+std::string twoDigits(size_t value) {
+  char text[8];
+  std::snprintf(text, sizeof text, "%02X", static_cast<unsigned>(value));
+  return text;
+}
+
+class CliNames : public ChannelTest {};
+
+} // namespace
+
+TEST_F(CliNames, TypedAnswers_SelectTheTypeAndResultCodeTheProgramNames) {
+  std::vector<std::pair<std::string, uint32_t>> types, codes;
+  for (uint32_t type = 0; type <= CHN_TYPE_END_OF_RCV; ++type)
+    if (const char *name = channelEventName(type))
+      types.emplace_back(name, type);
+  for (uint32_t code = 0; code < 256; ++code)
+    if (const char *name = resultCodeName(code))
+      codes.emplace_back(name, code);
+  ASSERT_EQ(types.size(), 14u);
+  ASSERT_EQ(codes.size(), 31u);
+  // Request 30nn answers with type nn's name, 31nn with result code nn's.
+  ScenarioFile scenario;
+  for (size_t i = 0; i < types.size(); ++i)
+    scenario.event("30" + twoDigits(i), {types[i].first + ",62,cOk"});
+  for (size_t i = 0; i < codes.size(); ++i)
+    scenario.event("31" + twoDigits(i), {"CHN_TYPE_RCV_SUCCESS,62," + codes[i].first});
+  startWith(ecu("7E0", "7E8", scenario, "engine", "10"), {{0x10, 0x7E0, 0x7E8}});
+  CAN_CHN_HANDLE channel = openChannel(CHN_ONE_TO_ONE, 0x10);
+
+  for (size_t i = 0; i < types.size(); ++i) {
+    ASSERT_EQ(send(channel, "30" + twoDigits(i)), E_SUCCESS);
+    EXPECT_EQ(nextEvent(channel)->type, types[i].second) << types[i].first;
+  }
+  for (size_t i = 0; i < codes.size(); ++i) {
+    ASSERT_EQ(send(channel, "31" + twoDigits(i)), E_SUCCESS);
+    const ChannelEvent event = nextEvent(channel);
+    ASSERT_NE(event->data, nullptr) << codes[i].first;
+    EXPECT_EQ(static_cast<const CAN_ChnResult *>(event->data)->resultCode, codes[i].second)
+        << codes[i].first;
+  }
+}
+
+TEST_F(CliNames, DetectionOutcomes_AreTheStatusesTheDetectionPlays) {
+  std::string sections;
+  std::vector<CAN_STATUS> statuses;
+  for (CAN_STATUS status = 0; status < 64; ++status)
+    if (const char *name = statusName(status)) {
+      sections += "<DETBAUDRATE>" + std::string(name) + "</DETBAUDRATE>";
+      statuses.push_back(status);
+    }
+  start(sections, 1);
+  CAN_BaudSearchPort search{};
+  search.candidateCount = 1;
+  CAN_BaudFoundPort found{};
+  // The detection plays the texts in turn, one per call.
+  for (CAN_STATUS status : statuses) {
+    const char *name = statusName(status);
+    EXPECT_EQ(CAN_PrtDetBaudRate(port, &search, &found),
+              isDetectionOutcome(name) ? status : E_INVALID)
+        << name;
+  }
+}

@@ -1,0 +1,42 @@
+# check: silent on the examples, one finding per mistake with its line, and
+# files it cannot read.
+include(${CMAKE_CURRENT_LIST_DIR}/../CliCase.cmake)
+
+cli_case(EXIT 0 ARGS check ${EXAMPLES} REJECT ".")
+cli_case(EXIT 0 ARGS check ${EXAMPLES}/bench.xml REJECT ".")
+
+# The bench first, then the scenario it names, each finding in line order.
+set(bench "check-bench.xml:")
+set(scenario "check-scenario.xml:")
+cli_case(EXIT 1 ARGS check --frame ${DATA}/check-bench.xml EXPECT
+  "${bench}5: warning: DETBAUDRATE 'E_SUCESS' is no status name: the detection answers E_INVALID"
+  "${bench}6: warning: DETBAUDRATE 'E_NOT_FOUND' is no outcome of a detection"
+  "${bench}7: warning: NEGATIVE_RESPONSE '0x11' is not upper-case hex"
+  "${bench}9: warning: UCE without targetAddress is skipped"
+  "${bench}10: warning: idTx 7E0 already belongs to the ECU of line 8"
+  "${bench}11: warning: targetAddress 0x10 already belongs to the ECU of line 8"
+  "${bench}11: warning: scenario 'missing.xml' cannot be read"
+  "${bench}12: warning: idTx '7G3' is not a hex identifier: the library reads it as 7\n"
+  "${bench}12: warning: targetAddress 'ENGINE' is no one-byte hex address"
+  "${bench}12: warning: UCE without scenario: this ECU never answers"
+  "${scenario}4: warning: OPENDIALOG answers FALSE"
+  "${scenario}5: warning: EVENEMENT without REQUETE is skipped"
+  "${scenario}6: warning: REQUETE without an element inside"
+  "${scenario}7: warning: EVENEMENT without REPONSE is skipped"
+  "${scenario}8: warning: REPONSE without TRAME: request '1003'"
+  "${scenario}9: warning: request '22f190' has lower-case hex digits: it never matches"
+  "${scenario}10: warning: request '\\?2F190' has a wildcard in its first two characters"
+  "${scenario}12: warning: request '22F187' is already matched by '22F1\\*' \\(line 11\\)"
+  "${scenario}14: warning: request '3E\\*' hides the earlier, more specific '3E00' \\(line 13\\)"
+  "${scenario}16: warning: request '1101' is written twice \\(first at line 15\\)"
+  "${scenario}18: warning: typed answer 'CHN_TYPE_RCV_FAILED_TIMOUT,00,cTimeOut' names no event type"
+  "${scenario}19: warning: typed answer 'CHN_TYPE_RCV_FAILED_TIMEOUT,00,cTimeout' names no result code"
+  "${scenario}20: warning: typed answer 'CHN_TYPE_RCV_SUCCESS,,cOk': its frame 'cOk' is not even-length"
+  "${scenario}21: warning: answer 'CHN_TYPE_RCV_NO_RESPONSE' is no event type"
+  "${scenario}24: warning: answer '67011234567' is not even-length upper-case hex"
+  "${scenario}25: warning: answer '670112345678AABBCC' is 9 bytes long: the raw frame path sends its first 8"
+  "\n29 warnings\n$")
+
+# Files it cannot read: each named on its line, and exit status 3.
+cli_case(EXIT 3 ARGS check ${DATA}/no-such-file.xml ${DATA}/not-xml.xml EXPECT
+  "^cansimu: cannot read .*no-such-file.xml\ncansimu: .*not-xml.xml is not an XML file\n$")

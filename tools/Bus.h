@@ -1,0 +1,86 @@
+// The port and the diagnostic channels of a session, driven as a host drives
+// them. In the step voice (demo, shell) each call is one line with its
+// status; in the answer voice (ask) only requests, answers and refused calls
+// are printed. Answers are decoded for a person either way.
+#pragma once
+
+#include "BenchFile.h"
+#include "FrameText.h"
+#include "Session.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+enum class Voice { Steps, Answers };
+
+// What a read of a queue brought.
+struct Reading {
+  unsigned answers = 0; // events that carry an ECU's answer
+  bool endOfReception = false;
+};
+
+class Bus {
+public:
+  Bus(const Session &session, std::vector<BenchEcu> ecus, Voice voice);
+
+  const std::vector<BenchEcu> &ecus() const { return ecus_; }
+
+  CAN_PRT_HANDLE port() const { return port_; }
+  CAN_CHN_HANDLE channel() const { return channels_.empty() ? nullptr : channels_.back().handle; }
+  // The current channel is a broadcast one (its session's opening sends the
+  // start frame, whose answers are then queued).
+  bool broadcast() const { return !channels_.empty() && channels_.back().broadcast; }
+
+  CAN_STATUS reservePort();
+  CAN_STATUS freePort();
+  // The host's association table: one entry per ECU of the bench with a
+  // one-byte targetAddress, mapping it to the ECU's idTx and idRx.
+  CAN_STATUS loadAssocTable();
+  CAN_STATUS detectBaudRate();
+  CAN_STATUS showMeasures();
+  // CAN_PrtSendTrame, `frame` at most 8 bytes.
+  CAN_STATUS sendFrame(uint32_t id, const Bytes &frame);
+
+  // CAN_ChnCreate and CAN_ChnConfig: a one-to-one channel to `ecu`, or a
+  // broadcast channel (null) that sends `startFrame` when its session opens.
+  // The new channel becomes the current one.
+  CAN_STATUS createChannel(const BenchEcu *ecu, const Bytes &startFrame = Bytes());
+  // The calls on the current channel.
+  CAN_STATUS openSession();
+  CAN_STATUS closeSession();
+  CAN_STATUS sendRequest(const Bytes &request);
+  // CAN_ChnFree; the channel created before it becomes current again.
+  CAN_STATUS freeChannel();
+
+  // Reads the current channel's (the port's) events, each decoded. The
+  // answers to a request are all queued when its call returns, so the
+  // reading stops at the last of them; with `untilEmpty` it goes on until a
+  // read waits `timeoutMs` in vain, and prints that read too.
+  Reading readChannel(uint32_t timeoutMs, bool untilEmpty = false);
+  Reading readPort(uint32_t timeoutMs, bool untilEmpty = false);
+  // Releases whatever the current channel has queued, unprinted.
+  void drainChannel();
+
+private:
+  void step(const std::string &call, CAN_STATUS status, const std::string &note) const;
+  void request(const std::string &call, const std::string &shown, CAN_STATUS status,
+               const std::string &meaning) const;
+  template <class Event, class Read, class Describe, class Free>
+  Reading readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, Read read,
+                     Describe describe, Free release) const;
+
+  const Session &session_;
+  std::vector<BenchEcu> ecus_;
+  Voice voice_;
+  CAN_PRT_HANDLE port_ = nullptr;
+  struct Channel {
+    CAN_CHN_HANDLE handle;
+    bool broadcast;
+  };
+  std::vector<Channel> channels_;
+};
+
+// The ECUs of the bench at `configuration`, read as cansimu reads them.
+// Throws SetupError for a file that cannot be read or is not XML.
+std::vector<BenchEcu> readBench(const std::string &configuration);

@@ -1,0 +1,335 @@
+#include "FileChecks.h"
+
+#include "BenchFile.h"
+#include "Files.h"
+#include "FrameText.h"
+#include "StatusNames.h"
+#include "ecu/Scenario.h"
+#include "platform/CodePage.h"
+
+#include <ace/Hash_Map_Manager_T.h>
+#include <ace/Null_Mutex.h>
+
+#include <cstdio>
+
+namespace {
+
+const char kDialogRequest[] = "OPENDIALOG";
+constexpr size_t kFrameBytes = 8;
+constexpr size_t kQuotedLength = 40;
+
+// A text as a message shows it: quoted, control characters escaped, long
+// texts shortened.
+std::string quoted(const std::string &text) {
+  std::string shown;
+  for (char c : text) {
+    if (shown.size() >= kQuotedLength) {
+      shown += "...";
+      break;
+    }
+    if (c == '\n' || c == '\r' || c == '\t')
+      shown += c == '\n' ? "\\n" : c == '\r' ? "\\r" : "\\t";
+    else
+      shown += c;
+  }
+  return "'" + shown + "'";
+}
+
+bool isUpperHex(const std::string &text) {
+  return text.find_first_not_of("0123456789ABCDEF") == std::string::npos;
+}
+
+bool isFrameText(const std::string &text) { return text.size() % 2 == 0 && isUpperHex(text); }
+
+// The fields of a typed answer, cut at commas as the exchange cuts them:
+// empty fields are skipped.
+std::vector<std::string> commaFields(const std::string &text) {
+  std::vector<std::string> fields;
+  size_t start = 0;
+  while (start <= text.size()) {
+    const size_t comma = text.find(',', start);
+    const size_t end = comma == std::string::npos ? text.size() : comma;
+    if (end > start)
+      fields.push_back(text.substr(start, end - start));
+    if (comma == std::string::npos)
+      break;
+    start = comma + 1;
+  }
+  return fields;
+}
+
+// What the library's own Scenario makes of the file: the size of its
+// request table after a load, and how many entries it kept.
+struct LibraryReading {
+  size_t buckets = 1;
+  size_t entries = 0;
+};
+
+LibraryReading readWithLibrary(const std::string &path) {
+  Scenario scenario(toWideString(path.c_str()));
+  scenario.load();
+  LibraryReading reading;
+  reading.buckets = scenario.bucketCount() > 0 ? scenario.bucketCount() : 1;
+  reading.entries = scenario.entryCount();
+  return reading;
+}
+
+class ScenarioChecker {
+public:
+  ScenarioChecker(const XmlSource &file, const LibraryReading &library, const CheckOptions &options,
+                  FileReport &report)
+      : file_(file), options_(options), report_(report), table_(library.buckets),
+        libraryEntries_(library.entries) {}
+
+  void run() {
+    for (const TDomData &event : file_.elements("EVENEMENT"))
+      readEvent(event);
+    if (libraryEntries_ != entries_.size())
+      add(0, "the library keeps " + std::to_string(libraryEntries_) +
+                 " requests where check counted " + std::to_string(entries_.size()) +
+                 ": its findings on overlapping requests may be wrong");
+  }
+
+private:
+  struct Entry {
+    std::string pattern;
+    unsigned line;
+  };
+  using Table = ACE_Hash_Map_Manager_Ex<ACE_WString, size_t, ScenarioKeyHash, ScenarioKeyMatch,
+                                        ACE_Null_Mutex>;
+
+  void add(unsigned line, const std::string &message) {
+    report_.findings.push_back({line, message});
+  }
+
+  // One EVENEMENT, skipped exactly where the library's parse skips it.
+  void readEvent(const TDomData &event) {
+    const std::vector<TDomData> requests = XmlSource::elements(event, "REQUETE");
+    if (requests.empty())
+      return add(file_.line(event), "EVENEMENT without REQUETE is skipped");
+    TDomData request;
+    requests[0].getFirstChildElement(request, true);
+    if (request.isNull())
+      return add(file_.line(requests[0]),
+                 "REQUETE without an element inside (a TRAME): its EVENEMENT is skipped");
+    const std::vector<TDomData> answers = XmlSource::elements(event, "REPONSE");
+    if (answers.empty())
+      return add(file_.line(event), "EVENEMENT without REPONSE is skipped");
+
+    const std::string pattern = XmlSource::content(request);
+    const unsigned line = file_.line(request);
+    const std::vector<TDomData> frames = XmlSource::elements(answers[0], "TRAME");
+    if (frames.empty())
+      add(file_.line(answers[0]),
+          "REPONSE without TRAME: request " + quoted(pattern) + " is answered as unknown");
+    if (pattern != kDialogRequest)
+      checkPattern(pattern, line);
+    insert(pattern, line);
+    for (const TDomData &frame : frames) {
+      if (pattern == kDialogRequest)
+        checkDialogAnswer(XmlSource::content(frame), file_.line(frame), frames.size());
+      else
+        checkAnswer(XmlSource::content(frame), file_.line(frame));
+    }
+  }
+
+  void checkPattern(const std::string &pattern, unsigned line) {
+    const std::string head = "request " + quoted(pattern);
+    if (pattern.size() < 2)
+      add(line, head + " is shorter than a service byte: only requests that share its bucket "
+                       "by chance reach it");
+    else if (pattern.find_first_of("?*") < 2)
+      add(line, head + " has a wildcard in its first two characters: it never matches (they "
+                       "choose the bucket and are compared as written)");
+    if (pattern.find_first_of("abcdef") != std::string::npos)
+      add(line, head + " has lower-case hex digits: it never matches (requests are upper-case)");
+    else if (pattern.find_first_not_of("0123456789ABCDEF?*") != std::string::npos)
+      add(line, head + " is not upper-case hex: it never matches a request");
+  }
+
+  // The pattern goes into a request table built like the library's: its
+  // hash, its pattern rule, each new entry at the head of its bucket unless
+  // an entry of the bucket already matches it.
+  void insert(const std::string &pattern, unsigned line) {
+    const ACE_WString key = toWideString(pattern.c_str());
+    size_t index = entries_.size();
+    const int bound = table_.trybind(key, index);
+    if (bound == 1) {
+      const Entry &earlier = entries_[index];
+      if (earlier.pattern == pattern)
+        add(line, "request " + quoted(pattern) + " is written twice (first at line " +
+                      std::to_string(earlier.line) + "): only these answers are kept");
+      else
+        add(line, "request " + quoted(pattern) + " is already matched by " +
+                      quoted(earlier.pattern) + " (line " + std::to_string(earlier.line) +
+                      "): it gets no entry of its own and its answers replace those of " +
+                      quoted(earlier.pattern));
+      return;
+    }
+    if (bound != 0)
+      return;
+    const ScenarioKeyHash hash;
+    const ScenarioKeyMatch match;
+    const size_t buckets = table_.total_size();
+    for (const Entry &earlier : entries_) {
+      const ACE_WString earlierKey = toWideString(earlier.pattern.c_str());
+      if (hash(earlierKey) % buckets == hash(key) % buckets && match(key, earlierKey))
+        add(line, "request " + quoted(pattern) + " hides the earlier, more specific " +
+                      quoted(earlier.pattern) + " (line " + std::to_string(earlier.line) +
+                      "): it answers that one's requests from now on");
+    }
+    entries_.push_back({pattern, line});
+  }
+
+  void checkDialogAnswer(const std::string &answer, unsigned line, size_t answers) {
+    if (answer != "FALSE")
+      return;
+    add(line, answers == 1
+                  ? "OPENDIALOG answers FALSE: this ECU refuses every session and answers nothing"
+                  : "OPENDIALOG answers FALSE in its rotation: this ECU goes silent whenever "
+                    "this answer comes round");
+  }
+
+  void checkAnswer(const std::string &answer, unsigned line) {
+    const std::string shown = quoted(answer);
+    if (answer.find(',') == std::string::npos) {
+      uint32_t type = 0;
+      if (channelEventType(answer, type))
+        return rawFrameOfTypedAnswer(shown, line);
+      if (answer.compare(0, 9, "CHN_TYPE_") == 0)
+        return add(line, "answer " + shown +
+                             " is no event type: the host gets a plain "
+                             "CHN_TYPE_RCV_SUCCESS of meaningless bytes");
+      if (!isFrameText(answer))
+        return add(line, "answer " + shown +
+                             " is not even-length upper-case hex: the host gets meaningless bytes");
+      if (options_.framePath && answer.size() / 2 > kFrameBytes)
+        add(line, "answer " + shown + " is " + std::to_string(answer.size() / 2) +
+                      " bytes long: the raw frame path sends its first 8");
+      return;
+    }
+    const std::vector<std::string> fields = commaFields(answer);
+    if (fields.size() < 2)
+      return add(line, "typed answer " + shown +
+                           " has no frame: the host gets a plain "
+                           "CHN_TYPE_RCV_SUCCESS of meaningless bytes");
+    // An unknown type name gives a plain reception, which carries a result.
+    uint32_t type = CHN_TYPE_RCV_SUCCESS;
+    if (!channelEventType(fields[0], type))
+      add(line, "typed answer " + shown + " names no event type (" + quoted(fields[0]) +
+                    "): the host gets CHN_TYPE_RCV_SUCCESS");
+    if (!isFrameText(fields[1]))
+      add(line, "typed answer " + shown + ": its frame " + quoted(fields[1]) +
+                    " is not even-length upper-case hex");
+    if (fields.size() > 2 && !isResultCodeName(fields[2]))
+      add(line,
+          "typed answer " + shown + " names no result code (" + quoted(fields[2]) + ")" +
+              (channelResultOf(type) == ChannelResult::None ? ", though its event type carries none"
+                                                            : ": the host gets cOk (0)"));
+    rawFrameOfTypedAnswer(shown, line);
+  }
+
+  void rawFrameOfTypedAnswer(const std::string &shown, unsigned line) {
+    if (options_.framePath)
+      add(line, "typed answer " + shown +
+                    " goes out on the raw frame path as hex text: "
+                    "meaningless bytes");
+  }
+
+  const XmlSource &file_;
+  const CheckOptions &options_;
+  FileReport &report_;
+  Table table_;
+  const size_t libraryEntries_;
+  std::vector<Entry> entries_;
+};
+
+void checkEcu(const std::string &bench, const std::vector<BenchEcu> &ecus, size_t at,
+              FileReport &report) {
+  const BenchEcu &ecu = ecus[at];
+  const auto add = [&](const std::string &message) {
+    report.findings.push_back({ecu.line, message});
+  };
+  const char *missing = ecu.targetAddress.empty() ? "targetAddress"
+                        : ecu.idRx.empty()        ? "idRx"
+                        : ecu.idTx.empty()        ? "idTx"
+                                                  : nullptr;
+  if (missing != nullptr)
+    return add(std::string("UCE without ") + missing + " is skipped: no ECU is created");
+  const struct {
+    const char *name;
+    const std::string &text;
+    uint32_t value;
+  } identifiers[] = {{"idRx", ecu.idRx, ecu.idRxValue}, {"idTx", ecu.idTx, ecu.idTxValue}};
+  for (const auto &id : identifiers) {
+    uint32_t value = 0;
+    if (!parseHexNumber(id.text, value))
+      add(std::string(id.name) + " " + quoted(id.text) +
+          " is not a hex identifier: the library reads it as " + canIdText(id.value));
+  }
+  if (!ecu.addressed)
+    add("targetAddress " + quoted(ecu.targetAddress) +
+        " is no one-byte hex address: cansimu leaves this ECU out of its association table");
+  for (size_t i = 0; i < at; ++i) {
+    const BenchEcu &earlier = ecus[i];
+    if (!earlier.usable())
+      continue;
+    const std::string where = "the ECU of line " + std::to_string(earlier.line);
+    if (earlier.idTxValue == ecu.idTxValue)
+      add("idTx " + canIdText(ecu.idTxValue) + " already belongs to " + where +
+          ": raw frames and one-to-one channels reach that one; only a broadcast reaches this one");
+    if (earlier.addressed && ecu.addressed && earlier.address == ecu.address)
+      add("targetAddress " + hexByte(ecu.address) + " already belongs to " + where +
+          ": one-to-one channels to it reach that one");
+  }
+  if (ecu.scenario.empty())
+    return add("UCE without scenario: this ECU never answers");
+  const std::string path = scenarioPath(bench, ecu.scenario);
+  if (!fileReadable(path))
+    return add("scenario " + quoted(ecu.scenario) + " cannot be read (" + path +
+               "): this ECU never answers");
+  report.scenarios.push_back(path);
+}
+
+} // namespace
+
+bool isBench(const XmlSource &file) {
+  for (const char *tag :
+       {"UCE", "DEVICES", "PORT", "CAN_SERIALNUMBER", "DETBAUDRATE", "NEGATIVE_RESPONSE"})
+    if (!file.elements(tag).empty())
+      return true;
+  return false;
+}
+
+bool isScenario(const XmlSource &file) { return !file.elements("EVENEMENT").empty(); }
+
+void checkBench(const std::string &path, const XmlSource &file, FileReport &report) {
+  const std::vector<BenchEcu> ecus = readBenchEcus(file);
+  if (ecus.empty())
+    report.findings.push_back({0, "no UCE element: the bus has no ECU"});
+  for (size_t i = 0; i < ecus.size(); ++i)
+    checkEcu(path, ecus, i, report);
+  for (const TDomData &element : file.elements("DETBAUDRATE")) {
+    const std::string text = XmlSource::content(element);
+    if (!isDetectionOutcome(text))
+      report.findings.push_back(
+          {file.line(element),
+           "DETBAUDRATE " + quoted(text) +
+               (isStatusName(text) ? " is no outcome of a detection" : " is no status name") +
+               ": the detection answers E_INVALID (4)"});
+  }
+  const std::vector<TDomData> negative = file.elements("NEGATIVE_RESPONSE");
+  if (!negative.empty()) {
+    const std::string code = XmlSource::content(negative[0]);
+    if (code.empty() || !isFrameText(code))
+      report.findings.push_back(
+          {file.line(negative[0]), "NEGATIVE_RESPONSE " + quoted(code) +
+                                       " is not upper-case hex: negative responses end in "
+                                       "meaningless bytes"});
+  }
+}
+
+void checkScenario(const std::string &path, const XmlSource &file, const CheckOptions &options,
+                   FileReport &report) {
+  ScenarioChecker(file, readWithLibrary(path), options, report).run();
+}

@@ -1,0 +1,55 @@
+#include "XmlSource.h"
+
+#include "Files.h"
+#include "platform/CodePage.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+// The offset of every line's first character in the file.
+bool readLineStarts(const std::string &path, std::vector<long> &starts) {
+  FILE *file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr)
+    return false;
+  starts.assign(1, 0);
+  long offset = 0;
+  for (int c; (c = std::fgetc(file)) != EOF; ++offset)
+    if (c == '\n')
+      starts.push_back(offset + 1);
+  std::fclose(file);
+  return true;
+}
+} // namespace
+
+XmlSource::Outcome XmlSource::load(const std::string &path) {
+  if (!fileReadable(path) || !readLineStarts(path, lineStarts_))
+    return Outcome::Unreadable;
+  return document_.load(toWideString(path.c_str())) ? Outcome::Read : Outcome::NotXml;
+}
+
+std::vector<TDomData> XmlSource::elements(const TDomData &node, const char *tag) {
+  ACE_Array<TDomData> found;
+  node.getSubNodesByTagName(toWideString(tag), found, true);
+  return std::vector<TDomData>(found.begin(), found.end());
+}
+
+std::string XmlSource::attribute(const TDomData &element, const char *name) {
+  ACE_WString value;
+  element.getAttributeValue(toWideString(name), value);
+  return toAnsiString(value).c_str();
+}
+
+std::string XmlSource::content(const TDomData &element) {
+  ACE_WString text;
+  element.getContent(text);
+  return toAnsiString(text).c_str();
+}
+
+unsigned XmlSource::line(const TDomData &element) const {
+  const long offset = element.sourceOffset();
+  if (offset < 0 || lineStarts_.empty())
+    return 0;
+  return static_cast<unsigned>(std::upper_bound(lineStarts_.begin(), lineStarts_.end(), offset) -
+                               lineStarts_.begin());
+}

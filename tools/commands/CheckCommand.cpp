@@ -1,0 +1,127 @@
+// check: benches and scenarios read as the library reads them, with the
+// mistakes it passes over in silence reported compiler-style.
+#include "Command.h"
+#include "Errors.h"
+#include "FileChecks.h"
+#include "Files.h"
+#include "Output.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <set>
+
+namespace {
+
+const char kDetails[] =
+    "Reads each FILE, a bench or a scenario (a folder: its .xml files), as the\n"
+    "library reads it, without a host, and reports the mistakes that the\n"
+    "library passes over in silence, one line each: FILE:LINE: warning: ...\n"
+    "The scenarios a bench names are checked too (a relative path counts from\n"
+    "the bench's folder, as it does for cansimu).\n"
+    "\n"
+    "It reports EVENEMENT elements the library skips, a REPONSE without\n"
+    "TRAME, requests that can never match (lower-case hex, a wildcard in the\n"
+    "first two characters), requests that overlap (one written after a more\n"
+    "general one never gets an entry of its own; one written after a more\n"
+    "specific one hides it), typed answers with unknown event types or result\n"
+    "codes, frames that are not even-length upper-case hex, an OPENDIALOG\n"
+    "answered FALSE, UCE elements that are skipped or name a missing scenario,\n"
+    "two ECUs on one idTx or one targetAddress, DETBAUDRATE texts that name no\n"
+    "outcome of a detection.\n"
+    "\n"
+    "  --frame   the scenarios answer raw frames (CAN_PrtSendTrame): also\n"
+    "            report answers longer than 8 bytes and typed answers\n"
+    "\n"
+    "Exit status: 0 nothing found, 1 warnings, 3 a file that cannot be read or\n"
+    "is not XML.\n";
+
+bool hasXmlExtension(const std::string &name) {
+  if (name.size() < 4)
+    return false;
+  std::string extension = name.substr(name.size() - 4);
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return extension == ".xml";
+}
+
+// The files an argument names: itself, or a folder's XML files.
+std::vector<std::string> filesOf(const std::string &argument) {
+  if (!isDirectory(argument))
+    return {argument};
+  const char last = argument.back();
+  const std::string folder = last == '/' || last == '\\' ? argument : argument + "/";
+  std::vector<std::string> files;
+  for (const std::string &name : filesIn(argument))
+    if (hasXmlExtension(name))
+      files.push_back(folder + name);
+  return files;
+}
+
+void printFinding(const std::string &path, const Finding &finding) {
+  const std::string where = path + (finding.line > 0 ? ":" + std::to_string(finding.line) : "");
+  std::printf("%s %s %s\n", boldText(where + ":").c_str(), warningText("warning:").c_str(),
+              finding.message.c_str());
+}
+
+int runCheck(const Arguments &arguments) {
+  CheckOptions options;
+  options.framePath = arguments.has("--frame");
+  std::vector<std::string> queue;
+  bool unreadable = false;
+  for (const std::string &argument : arguments.positional) {
+    const std::vector<std::string> files = filesOf(argument);
+    if (files.empty()) {
+      printError("no .xml file in " + argument);
+      unreadable = true;
+    }
+    queue.insert(queue.end(), files.begin(), files.end());
+  }
+
+  std::set<std::string> seen;
+  size_t warnings = 0;
+  for (size_t i = 0; i < queue.size(); ++i) {
+    const std::string path = queue[i];
+    if (!seen.insert(absolutePath(path)).second)
+      continue;
+    XmlSource file;
+    const XmlSource::Outcome outcome = file.load(path);
+    if (outcome != XmlSource::Outcome::Read) {
+      printError(outcome == XmlSource::Outcome::Unreadable ? "cannot read " + path
+                                                           : path + " is not an XML file");
+      unreadable = true;
+      continue;
+    }
+    FileReport report;
+    const bool bench = isBench(file);
+    const bool scenario = isScenario(file);
+    if (bench)
+      checkBench(path, file, report);
+    if (scenario)
+      checkScenario(path, file, options, report);
+    if (!bench && !scenario)
+      report.findings.push_back({0, "no UCE and no EVENEMENT: neither a bench nor a scenario"});
+    std::stable_sort(report.findings.begin(), report.findings.end(),
+                     [](const Finding &a, const Finding &b) { return a.line < b.line; });
+    for (const Finding &finding : report.findings)
+      printFinding(path, finding);
+    warnings += report.findings.size();
+    queue.insert(queue.end(), report.scenarios.begin(), report.scenarios.end());
+  }
+  if (warnings > 0)
+    std::printf("%s warning%s\n", std::to_string(warnings).c_str(), warnings == 1 ? "" : "s");
+  return unreadable ? kExitSetup : warnings > 0 ? kExitRefused : kExitDone;
+}
+
+} // namespace
+
+Command checkCommand() {
+  return {"check",
+          "check FILE...",
+          "report the silent mistakes of benches and scenarios",
+          kDetails,
+          1,
+          SIZE_MAX,
+          {"--frame"},
+          runCheck};
+}
