@@ -41,12 +41,14 @@ void InjectionTable::destroy() {
   armedCount = 0;
 }
 
-void InjectionTable::arm(const char *name, InjectedStatus entry) {
+bool InjectionTable::arm(const char *name, InjectedStatus entry) {
   if (table == nullptr)
-    return;
-  // bind() keeps an existing entry and reports 1; a failure to add is ignored.
-  if (table->bind(ACE_CString(name == nullptr ? "" : name), entry) == 0)
-    ++armedCount;
+    return false;
+  // bind() keeps an existing entry and reports 1, a failure to add -1.
+  if (table->bind(ACE_CString(name == nullptr ? "" : name), entry) != 0)
+    return false;
+  ++armedCount;
+  return true;
 }
 
 bool takeInjectedStatus(const char *name, ACE_UINT32 &status, ACE_UINT8 &detail) {
