@@ -46,25 +46,23 @@ HostSession *sessionFor(benchmark::State &state, const BenchOptions &options, ui
   return session.get();
 }
 
-void diagnosticRoundTrips(benchmark::State &state, const BenchOptions &options) {
-  HostSession *host = sessionFor(state, options, 1);
-  if (host == nullptr)
-    return;
-  for (auto _ : state) {
-    if (!host->diagnosticRoundTrip()) {
-      state.SkipWithError("a request did not come back with its answer");
-      break;
-    }
-  }
-}
+// One kind of round trip, in the mode it needs, each one checked.
+struct RoundTrip {
+  const char *name;
+  uint32_t mode;
+  bool (HostSession::*run)();
+};
+const RoundTrip kRoundTrips[] = {
+    {"host/diagnostic_round_trip", 1, &HostSession::diagnosticRoundTrip},
+    {"host/raw_frame_round_trip", 2, &HostSession::rawFrameRoundTrip}};
 
-void rawFrameRoundTrips(benchmark::State &state, const BenchOptions &options) {
-  HostSession *host = sessionFor(state, options, 2);
+void roundTrips(benchmark::State &state, const BenchOptions &options, const RoundTrip &kind) {
+  HostSession *host = sessionFor(state, options, kind.mode);
   if (host == nullptr)
     return;
   for (auto _ : state) {
-    if (!host->rawFrameRoundTrip()) {
-      state.SkipWithError("a frame did not come back with its answer");
+    if (!(host->*kind.run)()) {
+      state.SkipWithError("a round trip did not come back with its answer");
       break;
     }
   }
@@ -193,9 +191,9 @@ void registerHostBenchmarks(const BenchOptions &options) {
   const auto withOptions = [options](void (*body)(benchmark::State &, const BenchOptions &)) {
     return [options, body](benchmark::State &state) { body(state, options); };
   };
-  for (const auto &[name, body] : {std::pair{"host/diagnostic_round_trip", diagnosticRoundTrips},
-                                   std::pair{"host/raw_frame_round_trip", rawFrameRoundTrips}}) {
-    benchmark::RegisterBenchmark(name, withOptions(body))
+  for (const RoundTrip &kind : kRoundTrips) {
+    benchmark::RegisterBenchmark(
+        kind.name, [options, &kind](benchmark::State &state) { roundTrips(state, options, kind); })
         ->Iterations(options.roundTrips)
         ->Repetitions(options.repetitions)
         ->ReportAggregatesOnly(true)
