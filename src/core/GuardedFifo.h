@@ -28,23 +28,22 @@ public:
   GuardedFifo() {
     eventMade_ =
         ACE_OS::event_init(&signal_, 0 /* auto reset */, 0 /* not signalled */, USYNC_THREAD) == 0;
-    void *memory = ::operator new(sizeof(Queue), std::nothrow);
-    if (memory == nullptr)
+    // ACE's allocator throws where the library installed its own, and
+    // otherwise leaves the queue without its node.
+    try {
+      queue_ = new Queue;
+    } catch (const std::bad_alloc &) {
       return;
-    queue_ = new (memory) Queue;
-    // A queue without its node must not even be destroyed the usual way.
+    }
     if (!queue_->hasNode()) {
-      ::operator delete(memory);
+      ::operator delete(queue_);
       queue_ = nullptr;
     }
   }
   virtual ~GuardedFifo() {
     if (eventMade_)
       ACE_OS::event_destroy(&signal_);
-    if (queue_ == nullptr)
-      return;
-    queue_->~Queue();
-    ::operator delete(queue_);
+    delete queue_;
   }
   GuardedFifo(const GuardedFifo &) = delete;
   GuardedFifo &operator=(const GuardedFifo &) = delete;
@@ -58,7 +57,12 @@ public:
     if (!usable())
       return -1;
     QueueGuard guard(*this);
-    const int appended = queue_->enqueue_tail(record) == 0 ? 0 : -1;
+    int appended = -1;
+    try {
+      appended = queue_->enqueue_tail(record) == 0 ? 0 : -1;
+    } catch (const std::bad_alloc &) {
+      // The caller still owns the record and releases it.
+    }
     ACE_OS::event_signal(&signal_);
     return appended;
   }

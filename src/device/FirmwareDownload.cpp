@@ -13,6 +13,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 
 namespace {
@@ -56,6 +57,10 @@ bool readImage(const char *path, const ImageLayout &layout, FirmwareVersions &ou
 
 ACE_WString wide(const char *text) { return toWideString(text); }
 
+struct FreeMemory {
+  void operator()(void *memory) const { std::free(memory); }
+};
+
 } // namespace
 
 bool readField(FILE *file, long offset, size_t length, ACE_CString &text, bool hexadecimal) {
@@ -70,15 +75,14 @@ bool readField(FILE *file, long offset, size_t length, ACE_CString &text, bool h
     return true;
   }
   size_t count = 0;
-  unsigned char *bytes = hexToBytes(raw.c_str(), count);
-  if (bytes == nullptr)
+  const std::unique_ptr<unsigned char, FreeMemory> bytes(hexToBytes(raw.c_str(), count));
+  if (!bytes)
     return false;
-  const auto *decoded = reinterpret_cast<const char *>(bytes);
+  const auto *decoded = reinterpret_cast<const char *>(bytes.get());
   const void *zero = std::memchr(decoded, 0, count);
   const size_t kept =
       zero == nullptr ? count : static_cast<size_t>(static_cast<const char *>(zero) - decoded);
   text = ACE_CString(decoded, kept);
-  std::free(bytes);
   return true;
 }
 
@@ -115,21 +119,26 @@ CAN_STATUS SimuDevice::downloadFirmware(const char *path, DownloadResult *result
   // three texts.
   FirmwareVersions image;
   if (readFirmwareFile(nullptr, path, image)) {
+    const ACE_WString line = ACE_WString(L"Firmware download: application image <") + wide(path) +
+                             ACE_WString(L">, version <") + wide(image.AppVersion.c_str()) +
+                             ACE_WString(L">");
     ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, valuesLock, E_INVALID);
-    versions.AppVersion = image.AppVersion;
-    versions.AppDate = image.AppDate;
-    versions.AppCheckSum = image.AppCheckSum;
-    logMessage(ACE_WString(L"Firmware download: application image <") + wide(path) +
-               ACE_WString(L">, version <") + wide(image.AppVersion.c_str()) + ACE_WString(L">"));
+    // Swapped in, which cannot fail: the three texts change together.
+    versions.AppVersion.swap(image.AppVersion);
+    versions.AppDate.swap(image.AppDate);
+    versions.AppCheckSum.swap(image.AppCheckSum);
+    logMessage(line);
     return E_SUCCESS;
   }
   if (readFirmwareFile(path, nullptr, image)) {
+    const ACE_WString line = ACE_WString(L"Firmware download: boot image <") + wide(path) +
+                             ACE_WString(L">, version <") + wide(image.BootVersion.c_str()) +
+                             ACE_WString(L">");
     ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, valuesLock, E_INVALID);
-    versions.BootVersion = image.BootVersion;
-    versions.BootDate = image.BootDate;
-    versions.BootCheckSum = image.BootCheckSum;
-    logMessage(ACE_WString(L"Firmware download: boot image <") + wide(path) +
-               ACE_WString(L">, version <") + wide(image.BootVersion.c_str()) + ACE_WString(L">"));
+    versions.BootVersion.swap(image.BootVersion);
+    versions.BootDate.swap(image.BootDate);
+    versions.BootCheckSum.swap(image.BootCheckSum);
+    logMessage(line);
     return E_SUCCESS;
   }
   if (!ansiFileExists(path))
