@@ -2,9 +2,9 @@
 #include "Command.h"
 #include "DeviceSteps.h"
 #include "Errors.h"
-#include "Files.h"
 #include "FirmwareFlash.h"
 #include "Output.h"
+#include "Paths.h"
 #include "Session.h"
 
 namespace {
