@@ -80,7 +80,7 @@ struct ProgressReader {
       return;
     cutShort = true;
     bar.finish("Ctrl-C");
-    printNote("  (the download goes on)", "the call cannot be broken off: waiting for its end");
+    printDetail(6, "the download call cannot be broken off: waiting for its end");
   }
 };
 
@@ -115,8 +115,8 @@ FlashOutcome flashFirmware(const Session &session, const std::string &image,
     bar.finish(std::to_string(outcome.progressEvents) + " events");
   printStep("CAN_DevBoardTeleFirm(" + shownName + ")", outcome.status, resultText(outcome.result));
   for (const std::string &other : reader.otherEvents)
-    printNote("  during the download", other);
+    printDetail(6, "during the download: " + other);
   if (outcome.unplugged)
-    printNote("  (the box was unplugged)", "the download went on; calls now answer E_DISCONNECTED");
+    printDetail(6, "the box was unplugged: the download went on, calls now answer E_DISCONNECTED");
   return outcome;
 }

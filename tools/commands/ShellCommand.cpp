@@ -434,8 +434,8 @@ private:
     if (!last_)
       throw BadLine{"expect: no command has called the library yet"};
     if (*last_ != status)
-      throw ExpectFailed{"expected " + statusText(status) + ", but " + lastCommand_ + " answered " +
-                         statusText(*last_)};
+      throw ExpectFailed{lastCommand_ + " answered " + statusText(*last_) + ", not " +
+                         statusText(status)};
     printDetail(2, "expect holds: " + lastCommand_ + " answered " + statusText(status));
     return std::nullopt;
   }
@@ -501,9 +501,11 @@ int runShell(const Arguments &arguments) {
       if (!shell.execute(line, number))
         break;
     } catch (const BadLine &bad) {
-      if (!interactive)
-        throw UsageError("line " + std::to_string(number) + ": " + bad.why);
-      printError(bad.why);
+      printError((interactive ? "" : "line " + std::to_string(number) + ": ") + bad.why);
+      if (!interactive) {
+        exitStatus = kExitUsage;
+        break;
+      }
     } catch (const ExpectFailed &failed) {
       printError((interactive ? "" : "line " + std::to_string(number) + ": ") + failed.why);
       if (!interactive) {
