@@ -2,13 +2,13 @@
 
 #include <ace/Functor_String.h>
 #include <ace/Hash_Map_Manager_T.h>
-#include <ace/Null_Mutex.h>
 #include <ace/SString.h>
+#include <ace/Thread_Mutex.h>
 
 namespace {
 
 using Table = ACE_Hash_Map_Manager_Ex<ACE_CString, InjectedStatus, ACE_Hash<ACE_CString>,
-                                      ACE_Equal_To<ACE_CString>, ACE_Null_Mutex>;
+                                      ACE_Equal_To<ACE_CString>, ACE_Thread_Mutex>;
 
 // A fixed number of buckets; the table never grows.
 constexpr size_t kBuckets = 32;
@@ -27,11 +27,11 @@ void InjectionTable::destroy() {
   table = nullptr;
 }
 
-void InjectionTable::arm(const char *name, InjectedStatus entry) {
+bool InjectionTable::arm(const char *name, InjectedStatus entry) {
   if (table == nullptr)
-    return;
-  // bind() keeps an existing entry and reports 1; a failure to add is ignored.
-  table->bind(ACE_CString(name == nullptr ? "" : name), entry);
+    return false;
+  // bind() keeps an existing entry and reports 1, a failure to add -1.
+  return table->bind(ACE_CString(name == nullptr ? "" : name), entry) == 0;
 }
 
 bool takeInjectedStatus(const char *name, ACE_UINT32 &status, ACE_UINT8 &detail) {

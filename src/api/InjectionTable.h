@@ -1,7 +1,9 @@
 // The process-wide table of armed statuses: a test harness arms a status for
 // an export name, and the next call of that export that passes its argument
 // checks returns it instead of doing its work. One entry per name; names are
-// compared exactly (case-sensitive). The table takes no lock.
+// compared exactly (case-sensitive). The table has a lock of its own: the
+// library arms it too, when it re-reads the configuration on the thread in
+// CAN_DrvRxMsg, while other host threads call exports that consult it.
 #pragma once
 
 #include <ace/Basic_Types.h>
@@ -16,8 +18,9 @@ namespace InjectionTable {
 // when it is unloaded.
 void create();
 void destroy();
-// Arms `name`. An entry already armed under that name stays as it was.
-void arm(const char *name, InjectedStatus entry);
+// Arms `name`: true when the entry was added. An entry already armed under
+// that name stays as it was (false, as when there is no memory to add one).
+bool arm(const char *name, InjectedStatus entry);
 } // namespace InjectionTable
 
 // The injection step's one look-up: when `name` is armed, copies its status

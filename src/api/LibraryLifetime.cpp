@@ -1,13 +1,16 @@
-// What happens when the library is loaded and unloaded: ACE is initialised,
-// the injection table built empty and the stored configuration path emptied;
-// at unload the reverse. A driver the host never ended is left as it is.
+// What happens when the library is loaded and unloaded: the log file that
+// CANSIMU_LOG names is opened, ACE is initialised, the injection table built
+// empty and the stored configuration path emptied; at unload the reverse. A
+// driver the host never ended is left as it is.
 #include "api/InjectionTable.h"
 #include "core/SimuDriver.h"
 #include "platform/LibraryHooks.h"
+#include "platform/LogFile.h"
 
 #include <ace/Init_ACE.h>
 
 void cansimuLibraryLoaded() {
+  LogFile::openFromEnvironment();
   ACE::init();
   InjectionTable::create();
   SimuDriver::processAttach();
@@ -17,4 +20,5 @@ void cansimuLibraryUnloading() {
   SimuDriver::processDetach();
   InjectionTable::destroy();
   ACE::fini();
+  LogFile::close();
 }

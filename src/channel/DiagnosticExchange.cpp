@@ -88,11 +88,28 @@ const Named kResultCodes[] = {
     {L"cTypeTrameInvalide", 71},
 };
 
-// The value of `name` in `table`, compared whole and case-sensitively.
+// A field of a response text: where it starts and how long it is.
+struct Field {
+  size_t start = 0, length = 0;
+  bool empty() const { return length == 0; }
+};
+
+// Whether `name` is exactly the `length` characters at `text`; stops at the
+// first difference.
+bool isName(const wchar_t *name, const ACE_WCHAR_T *text, size_t length) {
+  size_t i = 0;
+  for (; i < length; ++i)
+    if (name[i] == L'\0' || name[i] != text[i])
+      return false;
+  return name[i] == L'\0';
+}
+
+// The value of the field's text in `table`, compared whole and
+// case-sensitively.
 template <size_t N>
-bool lookUp(const Named (&table)[N], const ACE_WString &name, ACE_UINT32 &value) {
+bool lookUp(const Named (&table)[N], const ACE_WString &text, Field field, ACE_UINT32 &value) {
   for (const Named &entry : table) {
-    if (name == ACE_WString(entry.name)) {
+    if (isName(entry.name, text.fast_rep() + field.start, field.length)) {
       value = entry.value;
       return true;
     }
@@ -100,18 +117,25 @@ bool lookUp(const Named (&table)[N], const ACE_WString &name, ACE_UINT32 &value)
   return false;
 }
 
-// A response text cut into its type name, frame text and result code.
+// A response text cut into its type name, frame text and result code. The
+// frame text is the response itself unless it has a second field, which is
+// then copied out.
 struct SplitResponse {
-  ACE_WString typeName;
-  ACE_WString frameText;
+  SplitResponse() = default;
+  SplitResponse(const SplitResponse &) = delete;
+  SplitResponse &operator=(const SplitResponse &) = delete;
+
+  Field typeName;
+  const ACE_WString *frameText = nullptr;
+  ACE_WString secondField;
   ACE_UINT8 resultCode = 0;
 };
 
 // Cuts at commas as a tokenizer does: empty fields are skipped, so runs of
 // commas separate like one and commas at either end separate nothing. With
 // fewer than two fields the whole text is both type name and frame text.
-SplitResponse splitResponse(const ACE_WString &text) {
-  ACE_WString fields[3];
+void splitResponse(const ACE_WString &text, SplitResponse &split) {
+  Field fields[3];
   size_t found = 0;
   size_t start = 0;
   const size_t length = text.length();
@@ -120,21 +144,20 @@ SplitResponse splitResponse(const ACE_WString &text) {
     while (end < length && text[end] != L',')
       ++end;
     if (end > start)
-      fields[found++] = text.substring(start, end - start);
+      fields[found++] = Field{start, end - start};
     start = end + 1;
   }
-  SplitResponse split;
   if (!fields[1].empty()) {
     split.typeName = fields[0];
-    split.frameText = fields[1];
+    split.secondField = text.substring(fields[1].start, fields[1].length);
+    split.frameText = &split.secondField;
   } else {
-    split.typeName = text;
-    split.frameText = text;
+    split.typeName = Field{0, length};
+    split.frameText = &text;
   }
   ACE_UINT32 code = 0;
-  if (!fields[2].empty() && lookUp(kResultCodes, fields[2], code))
+  if (!fields[2].empty() && lookUp(kResultCodes, text, fields[2], code))
     split.resultCode = static_cast<ACE_UINT8>(code);
-  return split;
 }
 
 enum class ResultForm { None, Short, Frame };
@@ -191,14 +214,14 @@ CAN_DiagMsg *copyOfRequest(const CAN_DiagMsg &request) {
 CAN_STATUS SimuChannel::send(const CAN_DiagMsg &request) {
   if (!configured || !sessionOpen)
     return E_INVALID;
-  const ACE_WString text = toWideString(bytesToHex(request.data, request.length).c_str());
+  const ACE_WString text = bytesToWideHex(request.data, request.length);
   exchange(&request, text);
   return E_SUCCESS;
 }
 
 void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &requestText) {
   const bool oneToOne = channelType == CHN_ONE_TO_ONE;
-  logMessage(fittedLine((oneToOne ? L"1-1 Request [" : L"Broadcast Request [") + requestText + L"]",
+  logMessage(fittedLine({oneToOne ? L"1-1 Request [" : L"Broadcast Request [", requestText, L"]"},
                         kLineCapacity));
   const Echo values = echoValues();
   for (SimuECU *ecu : port.copyOf(ecus)) {
@@ -206,11 +229,13 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
     ACE_WString response;
     if (!ecu->getResponse(requestText, response, oneToOne))
       continue;
-    logMessage(fittedLine(L"Response [" + response + L"]", kLineCapacity));
+    logMessage(fittedLine({L"Response [", response, L"]"}, kLineCapacity));
     ACE_UINT8 responder = 0;
     if (!port.addressByIdRx(ecu->idRx, responder)) {
       // Outside the association table the answer travels as a CAN frame.
-      port.enqueueResponse(ecu->idRx, splitResponse(response).frameText);
+      SplitResponse split;
+      splitResponse(response, split);
+      port.enqueueResponse(ecu->idRx, *split.frameText);
       continue;
     }
     queueAnswer(request, response, responder, values, *ecu, requestText);
@@ -225,10 +250,11 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
 void SimuChannel::queueAnswer(const CAN_DiagMsg *request, const ACE_WString &response,
                               ACE_UINT8 responder, const Echo &values, const SimuECU &ecu,
                               const ACE_WString &requestText) {
-  const SplitResponse split = splitResponse(response);
+  SplitResponse split;
+  splitResponse(response, split);
   CAN_EventChn event = {};
   event.type = CHN_TYPE_RCV_SUCCESS;
-  lookUp(kEventTypes, split.typeName, event.type);
+  lookUp(kEventTypes, response, split.typeName, event.type);
   const ResultForm form = resultFormOf(event.type);
   if (request != nullptr && carriesRequestCopy(event.type)) {
     event.request = copyOfRequest(*request);
@@ -254,7 +280,7 @@ void SimuChannel::queueAnswer(const CAN_DiagMsg *request, const ACE_WString &res
   if (form == ResultForm::Frame) {
     auto *result = static_cast<CAN_ChnResult *>(event.data);
     size_t count = 0;
-    result->frameData = hexToBytes(toAnsi(split.frameText.c_str()).get(), count);
+    result->frameData = hexToBytes(toAnsi(split.frameText->c_str()).get(), count);
     if (result->frameData == nullptr) {
       releasePayload(event);
       return;
@@ -266,7 +292,7 @@ void SimuChannel::queueAnswer(const CAN_DiagMsg *request, const ACE_WString &res
       count = kMaxFrameBytes;
     }
     result->frameLength = static_cast<ACE_UINT16>(count);
-    logMessage(fittedLine(L"Frame [" + split.frameText + L"]", kLineCapacity));
+    logMessage(fittedLine({L"Frame [", *split.frameText, L"]"}, kLineCapacity));
   }
   // A record the queue refuses is lost, with its payload released.
   if (events.push(event) != 0)

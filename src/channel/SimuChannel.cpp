@@ -3,7 +3,6 @@
 #include "core/HexText.h"
 #include "core/LogMessage.h"
 #include "ecu/SimuECU.h"
-#include "platform/CodePage.h"
 #include "port/SimuPort.h"
 
 #include <ace/Guard_T.h>
@@ -36,8 +35,7 @@ CAN_STATUS SimuChannel::configure(const CAN_ChnConfigRec &record) {
                L" bytes: configuration refused");
     return E_INVALID;
   }
-  const ACE_WString startText =
-      toWideString(bytesToHex(record.startFrame, record.startFrameLength).c_str());
+  const ACE_WString startText = bytesToWideHex(record.startFrame, record.startFrameLength);
   {
     ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
     echo.ecuAddress = record.ecuAddress;

@@ -2,18 +2,34 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <string>
+#include <memory>
 
-ACE_CString bytesToHex(const unsigned char *bytes, size_t count) {
+namespace {
+
+// Writes the digits into a buffer on the stack when it is short enough, so
+// that the string's own allocation is the only one.
+template <class Char> ACE_String_Base<Char> hexText(const unsigned char *bytes, size_t count) {
   static const char digits[] = "0123456789ABCDEF";
   if (bytes == nullptr || count == 0)
-    return ACE_CString();
-  std::string text(count * 2, '0');
+    return ACE_String_Base<Char>();
+  Char small[128];
+  const std::unique_ptr<Char[]> large(2 * count > 128 ? new Char[2 * count] : nullptr);
+  Char *text = large ? large.get() : small;
   for (size_t i = 0; i < count; ++i) {
-    text[2 * i] = digits[bytes[i] >> 4];
-    text[2 * i + 1] = digits[bytes[i] & 0x0F];
+    text[2 * i] = static_cast<Char>(digits[bytes[i] >> 4]);
+    text[2 * i + 1] = static_cast<Char>(digits[bytes[i] & 0x0F]);
   }
-  return ACE_CString(text.c_str(), text.size());
+  return ACE_String_Base<Char>(text, 2 * count);
+}
+
+} // namespace
+
+ACE_CString bytesToHex(const unsigned char *bytes, size_t count) {
+  return hexText<char>(bytes, count);
+}
+
+ACE_WString bytesToWideHex(const unsigned char *bytes, size_t count) {
+  return hexText<ACE_WCHAR_T>(bytes, count);
 }
 
 namespace {

@@ -8,6 +8,9 @@
 
 // Writes each byte with "%02X"; no bytes give the empty text.
 ACE_CString bytesToHex(const unsigned char *bytes, size_t count);
+// The same text as wide characters, written directly (requests are looked
+// up in scenarios as wide text).
+ACE_WString bytesToWideHex(const unsigned char *bytes, size_t count);
 
 // Makes floor(length / 2) bytes from narrow hex text, dropping a last odd
 // character. Each character c counts c - 0x30 when c <= '9' and c - 0x37

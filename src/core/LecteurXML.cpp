@@ -20,9 +20,9 @@ ACE_WString withBackslashes(const ACE_WString &path) {
 }
 
 // Modification time of the file, read on its ANSI-converted path.
-bool readModificationTime(const ACE_WString &path, ACE_Time_Value &out) {
+bool readModificationTime(const ACE_CString &ansiPath, ACE_Time_Value &out) {
   time_t seconds = 0;
-  if (!ansiModificationTime(toAnsi(path.c_str()).get(), seconds))
+  if (!ansiModificationTime(ansiPath.c_str(), seconds))
     return false;
   out.set(seconds, 0);
   return true;
@@ -31,21 +31,27 @@ bool readModificationTime(const ACE_WString &path, ACE_Time_Value &out) {
 } // namespace
 
 LecteurXML::LecteurXML(const ACE_WString &path)
-    : filePath(withBackslashes(path)), loadedTime(kNeverLoaded), fileTime(kNeverLoaded) {}
+    : filePath(withBackslashes(path)), ansiPath(toAnsiString(filePath)), loadedTime(kNeverLoaded),
+      fileTime(kNeverLoaded) {}
+
+void LecteurXML::forgetPath() {
+  filePath.clear();
+  ansiPath.clear();
+}
 
 bool LecteurXML::load() {
   if (filePath.length() == 0)
     return false;
-  if (!wideFileExists(filePath.c_str()) && !ansiFileExists(toAnsi(filePath.c_str()).get())) {
+  if (!wideFileExists(filePath.c_str()) && !ansiFileExists(ansiPath.c_str())) {
     logMessage(ACE_WString(L"The file <") + filePath + ACE_WString(L"> is unreachable"));
-    filePath.clear();
+    forgetPath();
     return false;
   }
   clearContent();
   initContent();
   // A file that vanished between the two tests gets time 0, so that it is
   // read again as soon as it is back.
-  if (!readModificationTime(filePath, fileTime))
+  if (!readModificationTime(ansiPath, fileTime))
     fileTime.set(0, 0);
   const bool parsed = parse(filePath);
   loadedTime = fileTime;
@@ -57,7 +63,7 @@ bool LecteurXML::reloadIfChanged() {
     return false;
   ACE_Time_Value current;
   // An unreadable time (file deleted or locked) counts as no change.
-  if (!readModificationTime(filePath, current))
+  if (!readModificationTime(ansiPath, current))
     return false;
   return current > loadedTime ? load() : false;
 }

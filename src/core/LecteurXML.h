@@ -31,7 +31,13 @@ protected:
   virtual void clearContent() = 0;
 
 private:
+  // Forgets the path for good.
+  void forgetPath();
+
   ACE_WString filePath;
+  // filePath in the ANSI code page, converted once: its modification time is
+  // read before every scenario look-up.
+  ACE_CString ansiPath;
   ACE_Time_Value loadedTime;
   ACE_Time_Value fileTime;
 };

@@ -5,6 +5,7 @@
 #include <ace/SString.h>
 
 #include <cstddef>
+#include <initializer_list>
 
 // A CAN identifier as "%x" writes it: lower-case hex, no leading zeros.
 ACE_WString identifierText(ACE_UINT32 id);
@@ -12,3 +13,15 @@ ACE_WString identifierText(ACE_UINT32 id);
 // The line as a formatting buffer of `capacity` wide characters holds it:
 // cut to its first capacity - 1 characters.
 ACE_WString fittedLine(const ACE_WString &line, size_t capacity);
+
+// A piece of a log line: a literal or a string, not copied.
+struct LinePiece {
+  LinePiece(const ACE_WCHAR_T *literal);
+  LinePiece(const ACE_WString &text) : text(text.fast_rep()), length(text.length()) {}
+  const ACE_WCHAR_T *text;
+  size_t length;
+};
+
+// The pieces joined and fitted as above, in one allocation: lines written
+// for every request are not built up piece by piece.
+ACE_WString fittedLine(std::initializer_list<LinePiece> pieces, size_t capacity);

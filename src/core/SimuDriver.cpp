@@ -1,5 +1,6 @@
 #include "core/SimuDriver.h"
 
+#include "api/BenchInjections.h"
 #include "core/LogMessage.h"
 #include "device/SimuDevice.h"
 #include "platform/TDomData.h"
@@ -64,6 +65,9 @@ bool SimuDriver::parse(const ACE_WString &path) {
   consoleMode = found.size() != 0;
   // The device reads its section and hands the document on to its port.
   device->readConfiguration(document);
+  // Faults and events the bench asks for, once the device and port hold the
+  // values they describe.
+  BenchInjections::apply(document);
   return true;
 }
 

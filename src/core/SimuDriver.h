@@ -1,6 +1,7 @@
 // The root of the simulation: one per process, created on first use and
 // destroyed by CAN_DrvEnd. It owns the configuration file, the simulated
-// device and the driver-level event queue.
+// device and the driver-level event queue. Each read of the configuration
+// also applies the file's INJECT elements (BenchInjections).
 #pragma once
 
 #include "cansimu/cansimu.h"

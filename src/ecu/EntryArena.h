@@ -1,11 +1,9 @@
-// Allocator for the entries and keys of a scenario's request table. It
-// carves them one after another from large blocks, so the entries of a
-// bucket, and each entry's key text, lie close together in the order they
-// were added. A look-up walks a bucket's chain from its newest entry to its
-// oldest; with scattered heap blocks that walk is a chain of cache misses,
-// here it reads memory nearly in sequence. Single frees do nothing: the
-// table's memory is given back all at once by release(), after the table is
-// closed.
+// Allocator for the entries of a scenario's request table and their pattern
+// texts. It carves them one after another from large blocks, so a load of
+// thousands of requests makes a few allocations instead of two per request,
+// and the entries lie close together in the order they were added. Single
+// frees do nothing: the table's memory is given back all at once by
+// release(), when the table is emptied.
 #pragma once
 
 #include <ace/Malloc_Allocator.h>

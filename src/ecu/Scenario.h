@@ -4,39 +4,13 @@
 #pragma once
 
 #include "core/LecteurXML.h"
-#include "ecu/EntryArena.h"
+#include "ecu/RequestTable.h"
 
 #include <ace/Basic_Types.h>
-#include <ace/Containers_T.h>
-#include <ace/Hash_Map_Manager_T.h>
-#include <ace/Null_Mutex.h>
 #include <ace/Recursive_Thread_Mutex.h>
 #include <ace/SString.h>
 
 class TDomData;
-
-// Bucket hash of a request: only its first two characters count, so every
-// request of one service identifier lands in one bucket. Keys shorter than
-// two characters hash to 0.
-struct ScenarioKeyHash {
-  unsigned long operator()(const ACE_WString &key) const;
-};
-
-// The pattern rule, called with the stored pattern first and the request
-// second (it is not symmetric). The request must be at least as long as the
-// pattern; '?' accepts any one character, '*' accepts everything from there
-// on, any other character must be equal. A longer request matches the
-// pattern that begins it.
-struct ScenarioKeyMatch {
-  bool operator()(const ACE_WString &stored, const ACE_WString &asked) const;
-};
-
-// The responses of one stored request, in file order, and the index of the
-// one the next matching look-up hands out.
-struct ResponseList {
-  ACE_UINT32 cursor = 0;
-  ACE_Array<ACE_WString> responses;
-};
 
 class Scenario : public LecteurXML {
 public:
@@ -52,9 +26,9 @@ public:
   ACE_INT32 findResponse(const ACE_WString &request, ACE_WString &response);
 
   // Number of buckets of the request table (64 before the first load, 32 after).
-  size_t bucketCount() const { return requests.total_size(); }
+  size_t bucketCount() const { return requests.bucketCount(); }
   // Number of stored request patterns.
-  size_t entryCount() const { return requests.current_size(); }
+  size_t entryCount() const { return requests.entryCount(); }
 
 protected:
   // Reads the scenario file. A file that is not an XML document leaves the
@@ -65,15 +39,11 @@ protected:
   void clearContent() override;
 
 private:
-  using RequestTable = ACE_Hash_Map_Manager_Ex<ACE_WString, ResponseList *, ScenarioKeyHash,
-                                               ScenarioKeyMatch, ACE_Null_Mutex>;
-
-  void freeResponseLists();
   void readEvent(const ACE_WString &path, const TDomData &event, size_t position);
-  void addEntry(const ACE_WString &pattern, const ACE_Array<ACE_WString> &responses);
+  // The list that takes the responses written for `pattern`: the entry that
+  // already matches it, or a new one. Null when the table takes no entry.
+  ResponseList *entryFor(const ACE_WString &pattern);
 
-  // Holds the table's entries and keys; declared first so it outlives them.
-  EntryArena entryArena;
   RequestTable requests;
   ACE_Recursive_Thread_Mutex lookupLock;
 };

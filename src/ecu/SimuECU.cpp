@@ -1,5 +1,13 @@
 #include "ecu/SimuECU.h"
 
+namespace {
+// Made once: every request looks it up.
+const ACE_WString &openDialog() {
+  static const ACE_WString request(L"OPENDIALOG");
+  return request;
+}
+} // namespace
+
 SimuECU::SimuECU(ACE_UINT32 idRx, ACE_UINT32 idTx, const ACE_WString &scenarioPath,
                  const ACE_WString &negativeCode)
     : idRx(idRx), idTx(idTx), scenario(new Scenario(scenarioPath)), negativeCode(negativeCode) {
@@ -14,9 +22,9 @@ bool SimuECU::isDialogOpen() {
   if (!scenario)
     return false;
   ACE_WString answer;
-  if (scenario->findResponse(L"OPENDIALOG", answer) != 0)
+  if (scenario->findResponse(openDialog(), answer) != 0)
     return true;
-  return answer != ACE_WString(L"FALSE");
+  return answer != L"FALSE";
 }
 
 bool SimuECU::getResponse(const ACE_WString &request, ACE_WString &response, bool answerUnknown) {

@@ -3,6 +3,7 @@
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -17,17 +18,32 @@ ACE_WString wideOf(const char *utf8) {
   return ACE_WString(wide.c_str(), wide.size());
 }
 
-// Next node in document order within `root`'s subtree, without recursion, so
-// a deeply nested document cannot exhaust the stack.
-pugi::xml_node nextInSubtree(pugi::xml_node node, pugi::xml_node root) {
-  if (node.first_child())
-    return node.first_child();
-  while (node && node != root) {
-    if (node.next_sibling())
-      return node.next_sibling();
-    node = node.parent();
+// Replaces `out` with the UTF-8 text. Short ASCII text, what scenarios and
+// configurations hold, is widened on the stack and copied once; the rest
+// goes through pugixml's conversion.
+void assignWide(ACE_WString &out, const char *utf8) {
+  ACE_WCHAR_T buffer[256];
+  size_t length = 0;
+  for (; utf8[length] != '\0' && length < sizeof buffer / sizeof buffer[0]; ++length) {
+    if (static_cast<unsigned char>(utf8[length]) >= 0x80)
+      break;
+    buffer[length] = static_cast<ACE_WCHAR_T>(utf8[length]);
   }
-  return pugi::xml_node();
+  if (utf8[length] == '\0')
+    out.set(buffer, length, true);
+  else
+    out = wideOf(utf8);
+}
+
+// A tag name as pugixml spells it, in UTF-8.
+std::string utf8TagName(const ACE_WString &tagName) {
+  std::string name(tagName.length(), '\0');
+  for (size_t i = 0; i < tagName.length(); ++i) {
+    if (tagName[i] >= 0x80)
+      return utf8Of(tagName);
+    name[i] = static_cast<char>(tagName[i]);
+  }
+  return name;
 }
 
 } // namespace
@@ -36,21 +52,27 @@ TDomData::TDomData(std::shared_ptr<pugi::xml_document> document, pugi::xml_node 
     : document_(std::move(document)), node_(node) {}
 
 bool TDomData::load(const ACE_WString &path) {
-  auto document = std::make_shared<pugi::xml_document>();
-  std::vector<char> content;
+  // The document is parsed in the buffer the file was read into, which it
+  // keeps: a scenario of several megabytes is not copied once more.
+  struct ParsedFile {
+    std::vector<char> text;
+    pugi::xml_document document;
+  };
+  auto parsed = std::make_shared<ParsedFile>();
   // A file found only under its ANSI name (Windows) is read by that name.
-  const bool read = readWholeFile(path.c_str(), content) ||
-                    readWholeAnsiFile(toAnsi(path.c_str()).get(), content);
-  const bool parsed = read && !content.empty() &&
-                      document->load_buffer(content.data(), content.size()) &&
-                      document->document_element();
-  if (!parsed) {
+  const bool read = readWholeFile(path.c_str(), parsed->text) ||
+                    readWholeAnsiFile(toAnsi(path.c_str()).get(), parsed->text);
+  const bool loaded =
+      read && !parsed->text.empty() &&
+      parsed->document.load_buffer_inplace(parsed->text.data(), parsed->text.size()) &&
+      parsed->document.document_element();
+  if (!loaded) {
     document_.reset();
     node_ = pugi::xml_node();
     return false;
   }
-  node_ = *document;
-  document_ = std::move(document);
+  node_ = parsed->document;
+  document_ = std::shared_ptr<pugi::xml_document>(parsed, &parsed->document);
   return true;
 }
 
@@ -58,17 +80,40 @@ bool TDomData::isNull() const { return !node_; }
 
 bool TDomData::getSubNodesByTagName(const ACE_WString &tagName, ACE_Array<TDomData> &out,
                                     bool) const {
-  std::vector<pugi::xml_node> found;
-  if (node_) {
-    const std::string name = utf8Of(tagName);
-    for (pugi::xml_node n = nextInSubtree(node_, node_); n; n = nextInSubtree(n, node_))
-      if (n.type() == pugi::node_element && name == n.name())
-        found.push_back(n);
-  }
-  out.size(found.size());
-  for (size_t i = 0; i < found.size(); ++i)
-    out[i] = TDomData(document_, found[i]);
-  return !found.empty();
+  // pugixml walks the subtree itself, without recursion (a deeply nested
+  // document cannot exhaust the stack), and hands over each node.
+  class Collector : public pugi::xml_tree_walker {
+  public:
+    Collector(const std::string &name, const TDomData &owner, ACE_Array<TDomData> &out)
+        : name_(name), owner_(owner), out_(out) {}
+    bool for_each(pugi::xml_node &node) override {
+      if (node.type() != pugi::node_element || std::strcmp(name_.c_str(), node.name()) != 0)
+        return true;
+      // The array grows by doubling: a document's thousands of events are
+      // not copied over once per element found.
+      if (count == out_.max_size())
+        out_.max_size(count < 4 ? 4 : 2 * count);
+      // Without memory for one more the search ends with what it found.
+      if (out_.size(count + 1) != 0)
+        return false;
+      out_[count++] = TDomData(owner_.document_, node);
+      return true;
+    }
+    size_t count = 0;
+
+  private:
+    const std::string &name_;
+    const TDomData &owner_;
+    ACE_Array<TDomData> &out_;
+  };
+  out.size(0);
+  if (!node_)
+    return false;
+  const std::string name = utf8TagName(tagName);
+  Collector collector(name, *this, out);
+  pugi::xml_node root = node_;
+  root.traverse(collector);
+  return collector.count != 0;
 }
 
 bool TDomData::getFirstChildElement(TDomData &out, bool) const {
@@ -80,19 +125,32 @@ bool TDomData::getFirstChildElement(TDomData &out, bool) const {
 }
 
 bool TDomData::getContent(ACE_WString &out) const {
-  std::string text;
+  // The usual single piece of text is converted where pugixml keeps it;
+  // several pieces are joined first.
+  pugi::xml_node first;
+  std::string joined;
+  bool several = false;
   if (node_)
-    for (pugi::xml_node child = node_.first_child(); child; child = child.next_sibling())
-      if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
-        text += child.value();
-  out = wideOf(text.c_str());
+    for (pugi::xml_node child = node_.first_child(); child; child = child.next_sibling()) {
+      if (child.type() != pugi::node_pcdata && child.type() != pugi::node_cdata)
+        continue;
+      if (!first) {
+        first = child;
+        continue;
+      }
+      if (!several)
+        joined = first.value();
+      several = true;
+      joined += child.value();
+    }
+  assignWide(out, several ? joined.c_str() : first ? first.value() : "");
   return static_cast<bool>(node_);
 }
 
 bool TDomData::getAttributeValue(const ACE_WString &name, ACE_WString &out) const {
   const pugi::xml_attribute attribute =
       node_ ? node_.attribute(utf8Of(name).c_str()) : pugi::xml_attribute();
-  out = attribute ? wideOf(attribute.value()) : ACE_WString();
+  assignWide(out, attribute ? attribute.value() : "");
   return static_cast<bool>(attribute);
 }
 

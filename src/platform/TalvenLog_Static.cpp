@@ -1,6 +1,8 @@
 // The parts of the logging stand-in that do not depend on the platform.
 #include "platform/TalvenLog_Static.h"
 
+#include "platform/LogFile.h"
+
 #include <mutex>
 
 namespace {
@@ -19,7 +21,10 @@ void TalvenLog_Static::logInformation_static(const ACE_WCHAR_T *source, const AC
   static const ACE_WCHAR_T empty[] = {0};
   if (text == nullptr)
     text = empty;
-  writeToSystemLog(source == nullptr ? empty : source, text);
+  if (source == nullptr)
+    source = empty;
+  writeToSystemLog(source, text);
+  LogFile::append(source, text);
   std::lock_guard<std::mutex> guard(observerLock());
   if (observerSlot())
     observerSlot()(text);

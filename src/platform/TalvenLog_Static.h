@@ -1,7 +1,8 @@
 // Stand-in for the platform's logging service. The service takes four wide
 // strings (source, category, component, text); the text is plain text, never
 // a format. Lines go to the system log (OutputDebugStringW on Windows, syslog
-// on POSIX when the system has a syslog socket) and to an optional observer.
+// on POSIX when the system has a syslog socket), to the file CANSIMU_LOG
+// names (LogFile) and to an optional observer.
 #pragma once
 
 #include <ace/SString.h>

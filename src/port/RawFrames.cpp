@@ -25,8 +25,8 @@ namespace {
 const size_t kFrameLineCapacity = 256;
 const size_t kFrameBytes = 8;
 
-void logFrameLine(ACE_UINT32 id, const ACE_WString &rest) {
-  logMessage(fittedLine(L"[" + identifierText(id) + L"]  " + rest, kFrameLineCapacity));
+void logFrameLine(ACE_UINT32 id, const wchar_t *what, const ACE_WString &text = ACE_WString()) {
+  logMessage(fittedLine({L"[", identifierText(id), L"]  ", what, text}, kFrameLineCapacity));
 }
 
 struct FreeBytes {
@@ -47,7 +47,7 @@ CAN_STATUS SimuPort::sendTrame(const CAN_FramePort &frame) {
                L" is above 8 bytes: frame refused");
     return E_NULL_POINTER;
   }
-  const ACE_WString request = toWideString(bytesToHex(frame.bytes, frame.length).c_str());
+  const ACE_WString request = bytesToWideHex(frame.bytes, frame.length);
   logMessage(L"CAN frame : " + request);
   // The ECUs are asked without the port's lock: a look-up may re-read a
   // scenario file. The table only ever gains ECUs, and they live as long as
@@ -58,7 +58,7 @@ CAN_STATUS SimuPort::sendTrame(const CAN_FramePort &frame) {
     ACE_WString response;
     if (!ecu->getResponse(request, response, true))
       continue;
-    logFrameLine(ecu->idRx, L"Response : " + response);
+    logFrameLine(ecu->idRx, L"Response : ", response);
     if (!enqueueResponse(ecu->idRx, response))
       return E_INVALID;
   }

@@ -24,6 +24,14 @@ TEST(HexText, RoundTripsEveryByteValueInUpperCase) {
   ASSERT_EQ(count, 256u);
   EXPECT_EQ(std::memcmp(back.get(), all, sizeof all), 0);
   EXPECT_STREQ(bytesToHex(all, 0).c_str(), "");
+  // The wide form holds the same characters, short (on the stack) or long.
+  for (const size_t length : {size_t{3}, sizeof all}) {
+    const ACE_WString wide = bytesToWideHex(all + 256 - length, length);
+    ASSERT_EQ(wide.length(), 2 * length);
+    for (size_t i = 0; i < wide.length(); ++i)
+      EXPECT_EQ(wide[i], static_cast<ACE_WCHAR_T>(text[512 - 2 * length + i])) << i;
+  }
+  EXPECT_EQ(bytesToWideHex(nullptr, 4).length(), 0u);
 }
 
 TEST(HexText, HexToBytes_DropsALastOddCharacterAndAllocatesEvenForNoBytes) {

@@ -72,11 +72,16 @@ TEST_F(TDomDataTest, NodesOutliveTheDocumentNodeTheyCameFrom) {
 }
 
 TEST_F(TDomDataTest, ContentAndAttributes_ReplaceTheOutStringWithTheUntrimmedWideText) {
+  const std::string longText(300, 'L');
   TDomData document = loadText("<R><A> DEV_TYPE_RCON </A><B><![CDATA[x<y]]></B><C/>"
-                               "<N>Bo\xC3\xAEtier-\xC3\xA9</N><V VBatt='12.5' Empty=''/></R>");
+                               "<N>Bo\xC3\xAEtier-\xC3\xA9</N><V VBatt='12.5' Empty=''/>"
+                               "<J>a<![CDATA[b]]><!-- c --><S>d</S>e</J><L>" +
+                               longText + "</L></R>");
   EXPECT_EQ(narrow(contentOf(document, L"A")), " DEV_TYPE_RCON ");
   EXPECT_EQ(narrow(contentOf(document, L"B")), "x<y");
   EXPECT_EQ(narrow(contentOf(document, L"C")), "");
+  EXPECT_EQ(narrow(contentOf(document, L"J")), "abe") << "own text pieces only, joined";
+  EXPECT_EQ(narrow(contentOf(document, L"L")), longText);
   const ACE_WString text = contentOf(document, L"N");
   ASSERT_EQ(text.length(), 9u);
   EXPECT_EQ(text[2], static_cast<ACE_WCHAR_T>(0xEE));

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "api/InjectionTable.h"
+#include "api/StatusInjection.h"
 #include "cansimu/cansimu.h"
 
 #include <gtest/gtest.h>
@@ -33,6 +34,8 @@ CAN_STATUS callWithNull(Function function, const Tuple &args, size_t nulled,
 template <class Function, class... Args>
 void expectEachNullRefused(const char *name, bool armable, CAN_STATUS code, Function function,
                            Args... args) {
+  // The list that the configuration's INJECT elements are checked against.
+  EXPECT_EQ(StatusInjection::isArmableExport(name), armable) << name;
   const std::tuple<Args...> values(args...);
   const bool isPointer[] = {std::is_pointer_v<Args>...};
   for (size_t i = 0; i < sizeof...(Args); ++i) {

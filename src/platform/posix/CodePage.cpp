@@ -62,6 +62,16 @@ char32_t decodeUtf8(const unsigned char *text, size_t length, size_t &i) {
 std::unique_ptr<char[]> toAnsi(const ACE_WCHAR_T *wide) {
   if (wide == nullptr)
     return nullptr;
+  // ASCII, what frames and paths nearly always are, is copied as it is.
+  size_t ascii = 0;
+  while (wide[ascii] != 0 && static_cast<char32_t>(wide[ascii]) < 0x80)
+    ++ascii;
+  if (wide[ascii] == 0) {
+    std::unique_ptr<char[]> out(new char[ascii + 1]);
+    for (size_t i = 0; i <= ascii; ++i)
+      out[i] = static_cast<char>(wide[i]);
+    return out;
+  }
   std::string utf8;
   for (const ACE_WCHAR_T *p = wide; *p != 0; ++p)
     appendUtf8(utf8, static_cast<char32_t>(*p));

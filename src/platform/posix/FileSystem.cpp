@@ -7,6 +7,8 @@
 #include <ace/OS_NS_sys_stat.h>
 #include <ace/OS_NS_unistd.h>
 
+#include <cstring>
+
 ACE_CString systemPath(const char *path) {
   ACE_CString mapped(path == nullptr ? "" : path);
   for (size_t i = 0; i < mapped.length(); ++i)
@@ -26,8 +28,15 @@ bool wideFileExists(const ACE_WCHAR_T *path) { return ansiFileExists(toAnsi(path
 bool ansiModificationTime(const char *path, time_t &seconds) {
   if (path == nullptr || *path == '\0')
     return false;
+  // Mapped on the stack when it fits: this check precedes every scenario
+  // look-up.
+  char mapped[512];
+  const size_t length = std::strlen(path);
+  if (length < sizeof mapped)
+    for (size_t i = 0; i <= length; ++i)
+      mapped[i] = path[i] == '\\' ? '/' : path[i];
   ACE_stat status;
-  if (ACE_OS::stat(systemPath(path).c_str(), &status) != 0)
+  if (ACE_OS::stat(length < sizeof mapped ? mapped : systemPath(path).c_str(), &status) != 0)
     return false;
   seconds = status.st_mtime;
   return true;

@@ -1,0 +1,107 @@
+// CANSIMU_LOG as a host process has it when it loads the library.
+#include "LibraryLoader.h"
+#include "cansimu/cansimu.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <regex>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Init = CAN_STATUS(CANSIMU_CALL *)(const char *);
+using End = void(CANSIMU_CALL *)();
+
+void setEnvironment(const std::string &name, const std::string &value) {
+#ifdef _WIN32
+  _putenv((name + "=" + value).c_str());
+#else
+  setenv(name.c_str(), value.c_str(), 1);
+#endif
+}
+
+// The local time as the log's stamp starts, to the second.
+std::string localSecond() {
+  const std::time_t now = std::time(nullptr);
+  char text[32];
+  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", std::localtime(&now));
+  return text;
+}
+
+// Loads the library, asks it to read each path (each is missing, so each
+// gives one log line) and unloads it.
+void runSession(const std::vector<std::string> &paths) {
+  LibraryLoader library(CANSIMU_LIBRARY_PATH);
+  ASSERT_TRUE(library.loaded()) << library.error();
+  auto init = reinterpret_cast<Init>(library.symbol("CAN_DrvInit"));
+  auto end = reinterpret_cast<End>(library.symbol("CAN_DrvEnd"));
+  for (const auto &path : paths) {
+    EXPECT_EQ(init(path.c_str()), E_SUCCESS);
+    end();
+  }
+}
+
+std::vector<std::string> linesOf(const std::string &path) {
+  std::ifstream in(path);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);)
+    lines.push_back(line);
+  return lines;
+}
+
+std::string backslashed(std::string path) {
+  for (char &c : path)
+    if (c == '/')
+      c = '\\';
+  return path;
+}
+
+} // namespace
+
+// The lines are appended after what the file held, each with the local time
+// to the millisecond, as plain text. A file that cannot be opened is named
+// once on standard error, and the library works as before.
+TEST(LogFile, CansimuLogGetsEveryLineWithItsLocalTimeAndAnUnopenableFileIsReportedOnce) {
+#ifndef _WIN32
+  // A zone five and a half hours off UTC: a stamp in UTC would not match.
+  setEnvironment("TZ", "IST-5:30");
+  tzset();
+#endif
+  TempDir dir;
+  const std::string logPath = dir.file("cansimu.log");
+  std::ofstream(logPath) << "earlier line\n";
+  const std::vector<std::string> benches = {dir.file("first.xml"), dir.file("100%s.xml")};
+  setEnvironment("CANSIMU_LOG", logPath);
+  const std::string before = localSecond();
+  runSession(benches);
+  const std::string after = localSecond();
+
+  const auto lines = linesOf(logPath);
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_EQ(lines[0], "earlier line");
+  const std::regex stamped(R"((\d{4}-\d\d-\d\d \d\d:\d\d:\d\d)\.\d{3} MERIDAX: (.*))");
+  for (size_t i = 0; i < benches.size(); ++i) {
+    std::smatch parts;
+    ASSERT_TRUE(std::regex_match(lines[i + 1], parts, stamped)) << lines[i + 1];
+    EXPECT_GE(parts[1].str(), before);
+    EXPECT_LE(parts[1].str(), after);
+    EXPECT_EQ(parts[2].str(), "The file <" + backslashed(benches[i]) + "> is unreachable");
+  }
+
+  const std::string unopenable = dir.file("no-such-folder/cansimu.log");
+  setEnvironment("CANSIMU_LOG", unopenable);
+  testing::internal::CaptureStderr();
+  runSession(benches);
+  const std::string reported = testing::internal::GetCapturedStderr();
+  EXPECT_NE(reported.find("CANSIMU_LOG"), std::string::npos) << reported;
+  const size_t named = reported.find(unopenable);
+  ASSERT_NE(named, std::string::npos) << reported;
+  EXPECT_EQ(reported.find(unopenable, named + 1), std::string::npos) << "reported once";
+  EXPECT_EQ(linesOf(logPath).size(), 3u);
+  setEnvironment("CANSIMU_LOG", "");
+}
