@@ -1,9 +1,7 @@
 # inject: the INJECT element appended to a copy of the example bench, what
 # the program says each read of the bench does with it, the names and values
-# it refuses (leaving the file as it was), and check's word on the result.
-# With a library that reads INJECT elements (LIBRARY_READS_INJECT), a host
-# meets the fault; with one that writes CANSIMU_LOG (LIBRARY_WRITES_LOG),
-# --log gets the library's lines.
+# it refuses (leaving the file as it was), check's word on the result, the
+# fault a host then meets, and the library's lines that --log gets.
 include(${CMAKE_CURRENT_LIST_DIR}/../CliCase.cmake)
 set(folder ${WORK}/inject)
 set(bench ${folder}/bench.xml)
@@ -55,15 +53,14 @@ cli_case(EXIT 3 ARGS inject ${folder}/application.bin CAN_DevGetMode 4 EXPECT
 cli_case(EXIT 3 ARGS inject ${folder}/none.xml CAN_DevGetMode 4 EXPECT
   "cannot read the bench .*none.xml")
 
-if(LIBRARY_READS_INJECT)
-  cli_case(EXIT 0 ARGS inject ${bench} CAN_DevGetTension E_BUSOFF)
-  cli_case(EXIT 1 ARGS info ${bench} EXPECT "voltages +CAN_DevGetTension answered E_BUSOFF")
-endif()
-if(LIBRARY_WRITES_LOG)
-  cli_case(EXIT 0 ARGS --log ${folder}/cansimu.log ask ${folder}/bench.xml engine 22F190)
-  file(READ ${folder}/cansimu.log log)
-  if(NOT log MATCHES "Call to CAN_ChnSendDiag\\(\\)")
-    message(FATAL_ERROR "the log file lacks the library's lines:\n${log}")
-  endif()
+cli_case(EXIT 1 ARGS ask ${bench} engine 22F190 EXPECT "CAN_ChnSendDiag +E_INVALID \\(4\\)")
+cli_case(EXIT 0 ARGS inject ${bench} CAN_DevGetTension E_BUSOFF)
+cli_case(EXIT 1 ARGS info ${bench} EXPECT "voltages +CAN_DevGetTension answered E_BUSOFF")
+
+# --log on the untouched example bench.
+cli_case(EXIT 0 ARGS --log ${folder}/cansimu.log ask ${EXAMPLES}/bench.xml engine 22F190)
+file(READ ${folder}/cansimu.log log)
+if(NOT log MATCHES "Call to CAN_ChnSendDiag\\(\\)")
+  message(FATAL_ERROR "the log file lacks the library's lines:\n${log}")
 endif()
 file(REMOVE_RECURSE ${folder})
