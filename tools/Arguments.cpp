@@ -55,6 +55,9 @@ Arguments parseArguments(int argc, char **argv, const std::vector<Command> &comm
   // command hands the options it does not know to the program.
   app.allow_extras();
   app.fallthrough();
+  // A path such as /home/bench.xml is an argument, also on Windows, where
+  // CLI11 would otherwise read it as a /option.
+  app.allow_windows_style_options(false);
   app.require_subcommand(0, 1);
   app.add_option("--library", arguments.library)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
@@ -67,6 +70,7 @@ Arguments parseArguments(int argc, char **argv, const std::vector<Command> &comm
   for (const Command &command : commands) {
     CLI::App *sub = app.add_subcommand(command.name);
     sub->allow_extras();
+    sub->allow_windows_style_options(false);
     sub->add_option("arguments", arguments.positional);
     for (const std::string &option : command.options)
       if (takesValue(option))
