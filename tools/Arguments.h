@@ -1,22 +1,30 @@
 // The command line, split into the command, its positional arguments and
-// its options. Options may stand anywhere after the program name.
+// its options. Options may stand anywhere after the program name; the
+// program's own (--library, --log, --help, --version) before the command
+// too.
 #pragma once
 
 #include <map>
 #include <string>
 #include <vector>
 
+struct Command;
+
 struct Arguments {
   std::string command;
   std::vector<std::string> positional;
-  // Options by name with their dashes ("--seconds"), with their values;
-  // options that take none ("--frame") have an empty one.
+  // The command's options by name with their dashes ("--seconds"), with
+  // their values; flags ("--frame") have an empty one.
   std::map<std::string, std::string> options;
-  std::string library;
+  std::string library; // --library PATH: the library to load
+  std::string log;     // --log FILE: where the library appends its log lines
   bool help = false;
+  bool version = false;
 
   bool has(const std::string &option) const { return options.count(option) != 0; }
 };
 
-// Throws UsageError for an unknown option or an option without its value.
-Arguments parseArguments(int argc, char **argv);
+// Parses the command line against `commands` (each with the options it
+// takes). Throws UsageError for an unknown command or option, an option the
+// command does not take, or an option without its value.
+Arguments parseArguments(int argc, char **argv, const std::vector<Command> &commands);

@@ -1,6 +1,5 @@
 #include "BenchFile.h"
 
-#include "Files.h"
 #include "FrameText.h"
 #include "core/NumberText.h"
 #include "platform/CodePage.h"
@@ -8,6 +7,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <filesystem>
 
 namespace {
 bool sameText(const std::string &a, const std::string &b) {
@@ -47,10 +47,8 @@ std::string scenarioPath(const std::string &bench, std::string scenario) {
     if (c == '\\')
       c = '/';
 #endif
-  const std::string folder = parentFolder(bench);
-  if (isAbsolutePath(scenario) || folder == ".")
-    return scenario;
-  return folder + "/" + scenario;
+  // An absolute scenario path replaces the bench's folder.
+  return (std::filesystem::path(bench).parent_path() / scenario).string();
 }
 
 std::vector<BenchEcu> readBenchEcus(const XmlSource &bench) {
@@ -70,6 +68,25 @@ std::vector<BenchEcu> readBenchEcus(const XmlSource &bench) {
     ecus.push_back(ecu);
   }
   return ecus;
+}
+
+namespace {
+// The library reads status and detail without the white space around them.
+std::string trimmed(const std::string &text) {
+  const size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string::npos)
+    return "";
+  return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+} // namespace
+
+std::vector<BenchInjection> readBenchInjections(const XmlSource &bench) {
+  std::vector<BenchInjection> injections;
+  for (const TDomData &element : bench.elements("INJECT"))
+    injections.push_back({bench.line(element), XmlSource::attribute(element, "export"),
+                          trimmed(XmlSource::attribute(element, "status")),
+                          trimmed(XmlSource::attribute(element, "detail"))});
+  return injections;
 }
 
 const BenchEcu *findEcu(const std::vector<BenchEcu> &ecus, const std::string &name) {

@@ -28,6 +28,14 @@ struct BenchEcu {
   std::string label() const;
 };
 
+// An INJECT element of a bench, its attributes as written: the library
+// applies each at every read of the bench, in document order.
+struct BenchInjection {
+  unsigned line = 0;
+  std::string exportName, status, detail;
+};
+std::vector<BenchInjection> readBenchInjections(const XmlSource &bench);
+
 // The path of a scenario a bench names: a relative path counts from the
 // bench's folder (cansimu works there).
 std::string scenarioPath(const std::string &bench, std::string scenario);

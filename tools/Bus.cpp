@@ -1,5 +1,6 @@
 #include "Bus.h"
 
+#include "DeviceSteps.h"
 #include "Errors.h"
 #include "Output.h"
 #include "Records.h"
@@ -211,14 +212,22 @@ CAN_STATUS Bus::freeChannel() {
 }
 
 template <class Event, class Read, class Describe, class Free>
-Reading Bus::readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, Read read,
-                        Describe describe, Free release) const {
+Reading Bus::readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, const Read &read,
+                        const Describe &describe, const Free &release,
+                        const std::function<void()> &wake, const char *endFifo) const {
   const size_t indent = voice_ == Voice::Steps ? kStepIndent : kAnswerIndent;
   Reading reading;
   for (unsigned count = 0;; ++count) {
     Event *event = nullptr;
     uint32_t pending = 0;
-    const CAN_STATUS status = read(&event, &pending, timeoutMs);
+    bool cut = false;
+    const CAN_STATUS status =
+        readCancellable(session_.wait(), wake, read, release, &event, &pending, cut);
+    reading.status = status;
+    if (cut) {
+      printCutWait(name, timeoutMs, endFifo);
+      return reading;
+    }
     if (status != E_SUCCESS || event == nullptr) {
       if (voice_ == Voice::Steps)
         printStep(waitCall(name, timeoutMs), status,
@@ -238,6 +247,7 @@ Reading Bus::readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, R
       printDetail(indent, line);
     reading.endOfReception = reading.endOfReception || event->type == CHN_TYPE_END_OF_RCV;
     reading.answers += event->type != 0 && event->type != CHN_TYPE_END_OF_RCV;
+    ++reading.events;
     release(event);
     if (pending == 0 && !untilEmpty)
       return reading;
@@ -249,20 +259,20 @@ Reading Bus::readChannel(uint32_t timeoutMs, bool untilEmpty) {
   CAN_CHN_HANDLE handle = channel();
   return readEvents<CAN_EventChn>(
       "CAN_ChnRxMsg", timeoutMs, untilEmpty,
-      [&](CAN_EventChn **event, uint32_t *pending, uint32_t timeout) {
-        return api.ChnRxMsg(handle, event, pending, timeout);
+      [&](CAN_EventChn **event, uint32_t *pending) {
+        return api.ChnRxMsg(handle, event, pending, timeoutMs);
       },
-      describeChannelEvent, api.ChnFreeRxMsg);
+      describeChannelEvent, api.ChnFreeRxMsg, [&] { api.ChnEndFifo(handle); }, "CAN_ChnEndFifo");
 }
 
 Reading Bus::readPort(uint32_t timeoutMs, bool untilEmpty) {
   const DriverApi &api = session_.api();
   return readEvents<CAN_EventPort>(
       "CAN_PrtRxMsg", timeoutMs, untilEmpty,
-      [&](CAN_EventPort **event, uint32_t *pending, uint32_t timeout) {
-        return api.PrtRxMsg(port_, event, pending, timeout);
+      [&](CAN_EventPort **event, uint32_t *pending) {
+        return api.PrtRxMsg(port_, event, pending, timeoutMs);
       },
-      describePortEvent, api.PrtFreeRxMsg);
+      describePortEvent, api.PrtFreeRxMsg, [&] { api.PrtEndFifo(port_); }, "CAN_PrtEndFifo");
 }
 
 void Bus::drainChannel() {

@@ -9,6 +9,7 @@
 #include "Session.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,10 @@ enum class Voice { Steps, Answers };
 
 // What a read of a queue brought.
 struct Reading {
+  unsigned events = 0;  // events read
   unsigned answers = 0; // events that carry an ECU's answer
   bool endOfReception = false;
+  CAN_STATUS status = E_NO_EVENT; // what the last read answered
 };
 
 class Bus {
@@ -67,8 +70,9 @@ private:
   void request(const std::string &call, const std::string &shown, CAN_STATUS status,
                const std::string &meaning) const;
   template <class Event, class Read, class Describe, class Free>
-  Reading readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, Read read,
-                     Describe describe, Free release) const;
+  Reading readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, const Read &read,
+                     const Describe &describe, const Free &release,
+                     const std::function<void()> &wake, const char *endFifo) const;
 
   const Session &session_;
   std::vector<BenchEcu> ecus_;

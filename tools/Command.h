@@ -30,3 +30,5 @@ Command shellCommand();
 Command examplesCommand();
 Command askCommand();
 Command checkCommand();
+Command injectCommand();
+Command helpCommand();

@@ -1,8 +1,8 @@
 #include "Command.h"
 
 const std::vector<Command> &commands() {
-  static const std::vector<Command> all = {demoCommand(),  askCommand(),     checkCommand(),
-                                           infoCommand(),  flashCommand(),   eventsCommand(),
-                                           shellCommand(), examplesCommand()};
+  static const std::vector<Command> all = {
+      demoCommand(),   askCommand(),   checkCommand(),  infoCommand(),     flashCommand(),
+      eventsCommand(), shellCommand(), injectCommand(), examplesCommand(), helpCommand()};
   return all;
 }

@@ -4,6 +4,7 @@
 #include "Records.h"
 
 #include <chrono>
+#include <cstdio>
 
 namespace {
 std::string waitCall(const char *name, uint32_t timeoutMs) {
@@ -55,39 +56,68 @@ CAN_STATUS resetProcessor(const Session &session) {
   return status;
 }
 
-unsigned readDeviceEvents(const Session &session, uint32_t timeoutMs, uint32_t until) {
-  const DriverApi &api = session.api();
-  for (unsigned read = 0;; ++read) {
-    CAN_EventDev *event = nullptr;
-    uint32_t pending = 0;
-    const CAN_STATUS status = api.DevRxMsg(session.device(), &event, &pending, timeoutMs);
-    if (status != E_SUCCESS || event == nullptr) {
-      printStep(waitCall("CAN_DevRxMsg", timeoutMs), status,
-                status == E_NO_EVENT ? "queue empty" : "");
-      return read;
-    }
-    const uint32_t type = event->type;
-    printStep(waitCall("CAN_DevRxMsg", timeoutMs), status,
-              describeDeviceEvent(*event) + left(pending));
-    api.DevFreeRxMsg(event);
-    if (type == until && pending == 0)
-      return read + 1;
-  }
+// Only an interactive shell cuts waits short: the terminal has echoed ^C
+// where the cursor was.
+void printCutWait(const char *call, uint32_t timeoutMs, const char *endFifo) {
+  std::fputs("\n", stdout);
+  printNote(waitCall(call, timeoutMs), std::string("Ctrl-C: ") + endFifo + " ended the wait");
 }
 
-unsigned readDriverEvents(const Session &session, uint32_t timeoutMs) {
-  const DriverApi &api = session.api();
-  for (unsigned read = 0;; ++read) {
-    CAN_EventDrv *event = nullptr;
+namespace {
+// Reads one queue until it stays empty, or until `until` arrives with
+// nothing behind it, or until Ctrl-C cuts the wait short.
+template <class Event, class Read, class Release, class Describe>
+unsigned readQueue(const Session &session, const char *call, const char *endFifo,
+                   uint32_t timeoutMs, uint32_t until, bool quiet, const Read &read,
+                   const Release &release, const std::function<void()> &wake,
+                   const Describe &describe) {
+  for (unsigned count = 0;; ++count) {
+    Event *event = nullptr;
     uint32_t pending = 0;
-    const CAN_STATUS status = api.DrvRxMsg(&event, &pending, timeoutMs);
-    if (status != E_SUCCESS || event == nullptr) {
-      printStep(waitCall("CAN_DrvRxMsg", timeoutMs), status,
-                status == E_NO_EVENT ? "queue empty" : "");
-      return read;
+    bool cut = false;
+    const CAN_STATUS status =
+        readCancellable(session.wait(), wake, read, release, &event, &pending, cut);
+    if (cut) {
+      printCutWait(call, timeoutMs, endFifo);
+      return count;
     }
-    printStep(waitCall("CAN_DrvRxMsg", timeoutMs), status,
-              describeDriverEvent(*event) + left(pending));
-    api.DrvFreeRxMsg(event);
+    if (status != E_SUCCESS || event == nullptr) {
+      if (!quiet)
+        printStep(waitCall(call, timeoutMs), status, status == E_NO_EVENT ? "queue empty" : "");
+      return count;
+    }
+    const uint32_t type = event->type;
+    if (!quiet)
+      printStep(waitCall(call, timeoutMs), status, describe(*event) + left(pending));
+    release(event);
+    if (type == until && pending == 0)
+      return count + 1;
   }
+}
+} // namespace
+
+unsigned readDeviceEvents(const Session &session, uint32_t timeoutMs, uint32_t until, bool quiet) {
+  const DriverApi &api = session.api();
+  const CAN_DEV_HANDLE device = session.device();
+  return readQueue<CAN_EventDev>(
+      session, "CAN_DevRxMsg", "CAN_DevEndFifo", timeoutMs, until, quiet,
+      [&](CAN_EventDev **event, uint32_t *pending) {
+        return api.DevRxMsg(device, event, pending, timeoutMs);
+      },
+      [&](CAN_EventDev *event) { api.DevFreeRxMsg(event); }, [&] { api.DevEndFifo(device); },
+      [&](const CAN_EventDev &event) {
+        session.noteConnection(event.type);
+        return describeDeviceEvent(event);
+      });
+}
+
+unsigned readDriverEvents(const Session &session, uint32_t timeoutMs, bool quiet) {
+  const DriverApi &api = session.api();
+  return readQueue<CAN_EventDrv>(
+      session, "CAN_DrvRxMsg", "CAN_DrvEndFifo", timeoutMs, kAnyEvent, quiet,
+      [&](CAN_EventDrv **event, uint32_t *pending) {
+        return api.DrvRxMsg(event, pending, timeoutMs);
+      },
+      [&](CAN_EventDrv *event) { api.DrvFreeRxMsg(event); }, [&] { api.DrvEndFifo(); },
+      describeDriverEvent);
 }

@@ -19,7 +19,11 @@ constexpr uint32_t kAnyEvent = UINT32_MAX;
 
 // Reads device events one line each until the queue stays empty for
 // `timeoutMs` (that last wait printed too), or until an event of type
-// `until` has arrived and nothing else is queued. Returns the number read.
-unsigned readDeviceEvents(const Session &session, uint32_t timeoutMs, uint32_t until = kAnyEvent);
+// `until` has arrived and nothing else is queued, or until Ctrl-C cuts the
+// session's wait short. `quiet`: prints nothing. Returns the number read.
+unsigned readDeviceEvents(const Session &session, uint32_t timeoutMs, uint32_t until = kAnyEvent,
+                          bool quiet = false);
 // The same for the driver queue (which also re-reads a changed configuration).
-unsigned readDriverEvents(const Session &session, uint32_t timeoutMs);
+unsigned readDriverEvents(const Session &session, uint32_t timeoutMs, bool quiet = false);
+// The line of a wait that Ctrl-C ended.
+void printCutWait(const char *call, uint32_t timeoutMs, const char *endFifo);

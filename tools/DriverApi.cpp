@@ -1,16 +1,13 @@
 #include "DriverApi.h"
 
-namespace {
-template <class F>
-void bind(const LibraryLoader &library, const char *name, F &slot, std::string &missing) {
-  slot = reinterpret_cast<F>(library.symbol(name));
-  if (slot == nullptr && missing.empty())
-    missing = name;
-}
-} // namespace
-
 bool DriverApi::resolve(const LibraryLoader &library, std::string &missing) {
   missing.clear();
+  slots_.clear();
+  const auto bind = [&](const LibraryLoader &from, const char *name, auto &slot, std::string &) {
+    if (!slot.bind(from, name) && missing.empty())
+      missing = name;
+    slots_.push_back(&slot);
+  };
   bind(library, "CAN_DrvInit", DrvInit, missing);
   bind(library, "CAN_DrvEnd", DrvEnd, missing);
   bind(library, "CAN_DrvRxMsg", DrvRxMsg, missing);
@@ -38,6 +35,7 @@ bool DriverApi::resolve(const LibraryLoader &library, std::string &missing) {
   bind(library, "CAN_PrtSendTrame", PrtSendTrame, missing);
   bind(library, "CAN_PrtRxMsg", PrtRxMsg, missing);
   bind(library, "CAN_PrtFreeRxMsg", PrtFreeRxMsg, missing);
+  bind(library, "CAN_PrtEndFifo", PrtEndFifo, missing);
   bind(library, "CAN_ChnCreate", ChnCreate, missing);
   bind(library, "CAN_ChnConfig", ChnConfig, missing);
   bind(library, "CAN_ChnOpenSession", ChnOpenSession, missing);
@@ -45,7 +43,15 @@ bool DriverApi::resolve(const LibraryLoader &library, std::string &missing) {
   bind(library, "CAN_ChnSendDiag", ChnSendDiag, missing);
   bind(library, "CAN_ChnRxMsg", ChnRxMsg, missing);
   bind(library, "CAN_ChnFreeRxMsg", ChnFreeRxMsg, missing);
+  bind(library, "CAN_ChnEndFifo", ChnEndFifo, missing);
   bind(library, "CAN_ChnFree", ChnFree, missing);
   bind(library, "setNextCANStatus", setNextCANStatus, missing);
   return missing.empty();
+}
+
+unsigned DriverApi::callsOf(const std::string &name) const {
+  for (const ExportSlot *slot : slots_)
+    if (name == slot->name())
+      return slot->calls();
+  return 0;
 }

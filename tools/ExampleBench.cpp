@@ -2,14 +2,43 @@
 
 #include "EmbeddedExamples.h"
 #include "Errors.h"
-#include "Files.h"
+#include "LibraryLookup.h"
+#include "Paths.h"
 
 #include <cstdio>
+#include <filesystem>
+#include <random>
 
-ExampleBench::ExampleBench() : folder_(CANSIMU_EXAMPLES_DIR) {
-  if (fileReadable(file("bench.xml")))
+namespace fs = std::filesystem;
+
+namespace {
+// A fresh folder of this user's under the system's temporary folder; empty
+// when none can be made.
+fs::path makeTemporaryFolder() {
+  std::error_code error;
+  const fs::path base = fs::temp_directory_path(error);
+  if (error)
+    return fs::path();
+  std::random_device random;
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    const fs::path candidate = base / ("cansimu-bench-" + std::to_string(random()));
+    if (fs::create_directory(candidate, error)) {
+      fs::permissions(candidate, fs::perms::owner_all, error);
+      return candidate;
+    }
+  }
+  return fs::path();
+}
+} // namespace
+
+ExampleBench::ExampleBench() {
+  // A program run from its build folder uses the source tree's examples, so
+  // that edits there count; any other uses the copy it carries.
+  if (runningFromBuildTree() && fileReadable(fs::path(CANSIMU_EXAMPLES_DIR) / "bench.xml")) {
+    folder_ = CANSIMU_EXAMPLES_DIR;
     return;
-  folder_ = makeTemporaryDirectory();
+  }
+  folder_ = makeTemporaryFolder().string();
   if (folder_.empty())
     throw SetupError("cannot create a temporary folder for the example bench");
   temporary_ = true;
@@ -17,17 +46,17 @@ ExampleBench::ExampleBench() : folder_(CANSIMU_EXAMPLES_DIR) {
 }
 
 ExampleBench::~ExampleBench() {
-  if (!temporary_)
-    return;
-  for (size_t i = 0; i < kEmbeddedExampleCount; ++i)
-    removeFile(file(kEmbeddedExamples[i].name));
-  removeDirectory(folder_);
+  std::error_code error;
+  if (temporary_)
+    fs::remove_all(folder_, error);
 }
 
 std::string ExampleBench::file(const std::string &name) const { return folder_ + "/" + name; }
 
 std::vector<std::string> writeEmbeddedBench(const std::string &folder) {
-  if (!makeDirectory(folder))
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (!fs::is_directory(folder, error))
     throw SetupError("cannot create the folder " + folder);
   std::vector<std::string> written;
   for (size_t i = 0; i < kEmbeddedExampleCount; ++i) {

@@ -1,8 +1,9 @@
 #include "FileChecks.h"
 
 #include "BenchFile.h"
-#include "Files.h"
 #include "FrameText.h"
+#include "InjectionNames.h"
+#include "Paths.h"
 #include "StatusNames.h"
 #include "ecu/Scenario.h"
 #include "platform/CodePage.h"
@@ -11,6 +12,7 @@
 #include <ace/Null_Mutex.h>
 
 #include <cstdio>
+#include <map>
 
 namespace {
 
@@ -295,13 +297,47 @@ void checkEcu(const std::string &bench, const std::vector<BenchEcu> &ecus, size_
 
 bool isBench(const XmlSource &file) {
   for (const char *tag :
-       {"UCE", "DEVICES", "PORT", "CAN_SERIALNUMBER", "DETBAUDRATE", "NEGATIVE_RESPONSE"})
+       {"UCE", "DEVICES", "PORT", "CAN_SERIALNUMBER", "DETBAUDRATE", "NEGATIVE_RESPONSE", "INJECT"})
     if (!file.elements(tag).empty())
       return true;
   return false;
 }
 
 bool isScenario(const XmlSource &file) { return !file.elements("EVENEMENT").empty(); }
+
+namespace {
+// The INJECT elements the library skips or reads to no effect.
+void checkInjections(const XmlSource &file, FileReport &report) {
+  std::map<std::string, unsigned> armedAt;
+  for (const BenchInjection &element : readBenchInjections(file)) {
+    const auto finding = [&](const std::string &message) {
+      report.findings.push_back({element.line, "INJECT: " + message});
+    };
+    if (element.exportName.empty() || element.status.empty()) {
+      finding(std::string("no ") + (element.exportName.empty() ? "export" : "status") +
+              " attribute: the library skips it");
+      continue;
+    }
+    Injection injection;
+    std::string why;
+    const InjectionProblem problem =
+        readInjection(element.exportName, element.status, element.detail, nullptr, injection, why);
+    if (problem != InjectionProblem::None) {
+      finding(why + (problem == InjectionProblem::TypeNotQueued ? ": nothing is queued"
+                                                                : ": the library skips it"));
+      continue;
+    }
+    if (!detailNote(injection).empty())
+      finding(detailNote(injection));
+    if (injection.route != InjectionRoute::Arm)
+      continue;
+    const auto first = armedAt.emplace(injection.exportName, element.line);
+    if (!first.second)
+      finding("line " + std::to_string(first.first->second) + " arms " + injection.exportName +
+              " first, so each read drops this one");
+  }
+}
+} // namespace
 
 void checkBench(const std::string &path, const XmlSource &file, FileReport &report) {
   const std::vector<BenchEcu> ecus = readBenchEcus(file);
@@ -318,6 +354,7 @@ void checkBench(const std::string &path, const XmlSource &file, FileReport &repo
                (isStatusName(text) ? " is no outcome of a detection" : " is no status name") +
                ": the detection answers E_INVALID (4)"});
   }
+  checkInjections(file, report);
   const std::vector<TDomData> negative = file.elements("NEGATIVE_RESPONSE");
   if (!negative.empty()) {
     const std::string code = XmlSource::content(negative[0]);

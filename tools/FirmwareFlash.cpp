@@ -12,9 +12,11 @@
 
 namespace {
 
-// How long the reader waits for each event; a download sends one every
-// 50 ms, so a quiet queue this long after the call returned is drained.
-constexpr uint32_t kReaderTimeoutMs = 200;
+// How long the reader waits for each device event: a download sends one
+// every 50 ms, so a queue quiet this long after the call returned is
+// drained. Between two device reads the driver queue is read briefly.
+constexpr uint32_t kReaderTimeoutMs = 100;
+constexpr uint32_t kDriverReadMs = 1;
 
 struct ProgressReader {
   ProgressReader(const Session &session, ProgressBar &bar) : session(session), bar(bar) {}
@@ -29,11 +31,15 @@ struct ProgressReader {
   std::atomic<bool> endKnown{false};
   std::atomic<bool> endQueued{false};
   unsigned progressEvents = 0;
+  bool unplugged = false;
+  bool cutShort = false;
   std::vector<std::string> otherEvents;
 
   void run() {
     const DriverApi &api = session.api();
     for (;;) {
+      readDriverQueue();
+      noticeInterrupt();
       CAN_EventDev *event = nullptr;
       uint32_t pending = 0;
       const CAN_STATUS status = api.DevRxMsg(session.device(), &event, &pending, kReaderTimeoutMs);
@@ -43,16 +49,38 @@ struct ProgressReader {
         continue;
       }
       const uint32_t type = event->type;
+      session.noteConnection(type);
+      unplugged = unplugged || type == DEV_TYPE_DISCONNECTED;
       if (type == DEV_TYPE_PROGRESS) {
         ++progressEvents;
-        bar.update(progressValue(*event));
+        if (!cutShort)
+          bar.update(progressValue(*event));
       } else if (type != DEV_TYPE_ENDFIFO) {
-        otherEvents.push_back(describeDeviceEvent(*event));
+        otherEvents.push_back("device " + describeDeviceEvent(*event));
       }
       api.DevFreeRxMsg(event);
       if (type == DEV_TYPE_ENDFIFO && downloadDone)
         return;
     }
+  }
+
+  // The driver's read also reads an edited configuration again.
+  void readDriverQueue() {
+    const DriverApi &api = session.api();
+    CAN_EventDrv *event = nullptr;
+    uint32_t pending = 0;
+    while (api.DrvRxMsg(&event, &pending, kDriverReadMs) == E_SUCCESS && event != nullptr) {
+      otherEvents.push_back("driver " + describeDriverEvent(*event));
+      api.DrvFreeRxMsg(event);
+    }
+  }
+
+  void noticeInterrupt() {
+    if (cutShort || session.wait() == nullptr || !session.wait()->cancelled())
+      return;
+    cutShort = true;
+    bar.finish("Ctrl-C");
+    printDetail(6, "the download call cannot be broken off: waiting for its end");
   }
 };
 
@@ -82,9 +110,13 @@ FlashOutcome flashFirmware(const Session &session, const std::string &image,
 
   outcome.progress = bar.percent();
   outcome.progressEvents = reader.progressEvents;
-  bar.finish(std::to_string(outcome.progressEvents) + " events");
+  outcome.unplugged = reader.unplugged;
+  if (!reader.cutShort)
+    bar.finish(std::to_string(outcome.progressEvents) + " events");
   printStep("CAN_DevBoardTeleFirm(" + shownName + ")", outcome.status, resultText(outcome.result));
   for (const std::string &other : reader.otherEvents)
-    printNote("  event during the download", other);
+    printDetail(6, "during the download: " + other);
+  if (outcome.unplugged)
+    printDetail(6, "the box was unplugged: the download went on, calls now answer E_DISCONNECTED");
   return outcome;
 }

@@ -1,6 +1,7 @@
 // Loads a shared library at run time and resolves its symbols by name.
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 class LibraryLoader {
@@ -20,3 +21,10 @@ private:
   void *handle_ = nullptr;
   std::string error_;
 };
+
+// The program's own file, to find the library beside it; empty when the
+// system does not say.
+std::filesystem::path programPath();
+// Sets an environment variable of this process, before the library that
+// reads it is loaded.
+void setEnvironment(const char *name, const std::string &value);

@@ -28,6 +28,24 @@ bool colour() {
   return shows;
 }
 
+// A note on lines of its own below its step, broken after a comma where
+// one line would pass kLineWidth; the lines after the first go deeper.
+void printWrapped(const std::string &note) {
+  size_t indent = kNoteIndent;
+  std::string rest = note;
+  while (!rest.empty()) {
+    const size_t room = kLineWidth - indent;
+    size_t cut = rest.size() <= room ? std::string::npos : rest.rfind(", ", room - 1);
+    if (cut == std::string::npos || cut == 0)
+      cut = rest.size();
+    else
+      cut += 1;
+    std::printf("%s%s\n", std::string(indent, ' ').c_str(), rest.substr(0, cut).c_str());
+    rest.erase(0, cut == rest.size() ? cut : cut + 1);
+    indent = kNoteIndent + 2;
+  }
+}
+
 // A step line with its note, or, when that line would pass kLineWidth, the
 // note on a line of its own below it.
 void printLine(const std::string &call, const std::string &status, size_t statusLength,
@@ -38,8 +56,7 @@ void printLine(const std::string &call, const std::string &status, size_t status
     std::string line = head + status;
     line.erase(line.find_last_not_of(' ') + 1);
     std::printf("%s\n", line.c_str());
-    if (!note.empty())
-      std::printf("%s%s\n", std::string(kNoteIndent, ' ').c_str(), note.c_str());
+    printWrapped(note);
   } else {
     std::printf(
         "%s%s%s %s\n", head.c_str(), status.c_str(),

@@ -1,14 +1,23 @@
 #include "Session.h"
 
+#include "DeviceSteps.h"
 #include "Errors.h"
-#include "Files.h"
+#include "LibraryLookup.h"
 #include "Output.h"
+#include "Paths.h"
 #include "Records.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+
+namespace fs = std::filesystem;
 
 namespace {
+
+// How long the reads after a reservation wait: what they are for is queued
+// already, or appears within the read itself.
+constexpr uint32_t kStartReadMs = 1;
 
 // The first non-blank character of an XML file (after a UTF-8 byte-order
 // mark) is '<'; anything else is not a configuration at all.
@@ -27,23 +36,19 @@ bool looksLikeXml(const std::string &path) {
 
 } // namespace
 
-std::string defaultLibraryPath() {
-  const std::string built = CANSIMU_BUILD_LIBRARY;
-  if (!built.empty() && fileReadable(built))
-    return built;
-  return CANSIMU_LIBRARY_NAME;
-}
-
 Session::Session(const std::string &library, const std::string &configuration)
-    : libraryPath_(library.empty() ? defaultLibraryPath() : library),
-      startFolder_(absolutePath(".")), configuration_(absolutePath(configuration)) {
+    : startFolder_(fs::current_path().string()),
+      configuration_(fs::absolute(configuration).string()) {
   if (!fileReadable(configuration))
     throw SetupError("cannot read the configuration " + configuration);
   if (!looksLikeXml(configuration))
     throw SetupError(configuration + " is not an XML configuration");
+  const LibraryChoice choice = chooseLibrary(library);
+  libraryPath_ = choice.path;
   library_ = std::make_unique<LibraryLoader>(libraryPath_);
   if (!library_->loaded())
-    throw SetupError("cannot load the library " + libraryPath_ + ": " + library_->error());
+    throw SetupError("cannot load the library " + libraryPath_ + ": " + library_->error() +
+                     (choice.missed.empty() ? "" : "\n  (" + choice.missed + "; --library PATH)"));
   std::string missing;
   if (!api_.resolve(*library_, missing))
     throw SetupError(libraryPath_ + " does not export " + missing);
@@ -51,20 +56,17 @@ Session::Session(const std::string &library, const std::string &configuration)
 
 Session::~Session() {
   end();
-  changeDirectory(startFolder_);
+  std::error_code error;
+  fs::current_path(startFolder_, error);
 }
 
 std::string Session::userPath(const std::string &path) const {
-  const std::string here = absolutePath(".");
-  if (!changeDirectory(startFolder_))
-    return path;
-  const std::string absolute = absolutePath(path);
-  changeDirectory(here);
-  return absolute;
+  return (fs::path(startFolder_) / path).string();
 }
 
 CAN_STATUS Session::start() {
-  changeDirectory(parentFolder(configuration_));
+  std::error_code error;
+  fs::current_path(fs::path(configuration_).parent_path(), error);
   const CAN_STATUS status = api_.DrvInit(configuration_.c_str());
   started_ = true;
   return status;
@@ -78,7 +80,33 @@ void Session::end() {
   device_ = nullptr;
 }
 
-CAN_STATUS Session::reserveDevice(bool quiet) {
+CAN_STATUS Session::reserveDevice(bool quiet, const std::string &name) {
+  if (!name.empty())
+    deviceName_ = name;
+  else if (const CAN_STATUS listed = listDevices(quiet); listed != E_SUCCESS)
+    return listed;
+
+  CAN_DEV_HANDLE handle = nullptr;
+  const CAN_STATUS reserved = api_.DevReservation(deviceName_.c_str(), &handle);
+  if (!quiet || reserved != E_SUCCESS)
+    printStep("CAN_DevReservation(\"" + deviceName_ + "\")", reserved,
+              reserved == E_SUCCESS ? "the box is ours" : "");
+  if (reserved != E_SUCCESS)
+    return reserved;
+  device_ = handle;
+  // The configured connection state reaches a host with its first device
+  // read, and a re-read configuration with a driver read before it.
+  readDriverEvents(*this, kStartReadMs, quiet);
+  readDeviceEvents(*this, kStartReadMs, kAnyEvent, quiet);
+  return reserved;
+}
+
+void Session::noteConnection(uint32_t deviceEventType) const {
+  if (deviceEventType == DEV_TYPE_DISCONNECTED || deviceEventType == DEV_TYPE_CONNECTED)
+    connected_ = deviceEventType == DEV_TYPE_CONNECTED;
+}
+
+CAN_STATUS Session::listDevices(bool quiet) {
   CAN_EnumList list{0, nullptr};
   const CAN_STATUS listed = api_.DevEnumerate(&list);
   if (listed != E_SUCCESS || list.count == 0 || list.records == nullptr) {
@@ -92,15 +120,7 @@ CAN_STATUS Session::reserveDevice(bool quiet) {
               std::to_string(list.count) + " device: " + describeDevice(first));
   deviceName_ = fieldText(first.name);
   std::free(list.records);
-
-  CAN_DEV_HANDLE handle = nullptr;
-  const CAN_STATUS reserved = api_.DevReservation(deviceName_.c_str(), &handle);
-  if (!quiet || reserved != E_SUCCESS)
-    printStep("CAN_DevReservation(\"" + deviceName_ + "\")", reserved,
-              reserved == E_SUCCESS ? "the box is ours" : "");
-  if (reserved == E_SUCCESS)
-    device_ = handle;
-  return reserved;
+  return E_SUCCESS;
 }
 
 CAN_STATUS Session::freeDevice(bool quiet) {

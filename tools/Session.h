@@ -3,6 +3,7 @@
 // driver, ended when the session goes. Every command builds on it.
 #pragma once
 
+#include "CancellableWait.h"
 #include "DriverApi.h"
 #include "LibraryLoader.h"
 
@@ -11,7 +12,7 @@
 
 class Session {
 public:
-  // Loads `library` (the default one when empty) and checks that
+  // Loads `library` (the one the lookup finds when empty) and checks that
   // `configuration` is a readable XML file. Throws SetupError.
   Session(const std::string &library, const std::string &configuration);
   ~Session();
@@ -35,26 +36,37 @@ public:
   // CAN_DrvEnd, once; the device handle is gone with the driver.
   void end();
 
-  // Lists the devices and reserves the first one by its name: the handle
-  // is kept for the device calls. Prints one line per call (`quiet`: only
-  // a call that fails).
-  CAN_STATUS reserveDevice(bool quiet = false);
+  // Lists the devices and reserves the first one by its name (or reserves
+  // `name` without listing): the handle is kept for the device calls. Then
+  // reads the driver and device queues once, so that the state the
+  // configuration gives the box (unplugged, say) is the one it shows from
+  // the first command on. Prints one line per call (`quiet`: only a call
+  // that fails).
+  CAN_STATUS reserveDevice(bool quiet = false, const std::string &name = "");
   // CAN_DevFree on the reserved device, printed likewise.
   CAN_STATUS freeDevice(bool quiet = false);
   CAN_DEV_HANDLE device() const { return device_; }
   const std::string &deviceName() const { return deviceName_; }
+  // False once a DEV_TYPE_DISCONNECTED event was read (until a connected one).
+  bool connected() const { return connected_; }
+  void noteConnection(uint32_t deviceEventType) const;
+
+  // The wait that Ctrl-C may cut short, for the queue reads of the session
+  // (null: none).
+  CancellableWait *wait() const { return wait_; }
+  void setWait(CancellableWait *wait) { wait_ = wait; }
 
 private:
   std::string libraryPath_;
   std::unique_ptr<LibraryLoader> library_;
   DriverApi api_;
+  CAN_STATUS listDevices(bool quiet);
+
   std::string startFolder_;
   std::string configuration_;
   bool started_ = false;
   CAN_DEV_HANDLE device_ = nullptr;
   std::string deviceName_;
+  mutable bool connected_ = true;
+  CancellableWait *wait_ = nullptr;
 };
-
-// The library this program loads without --library: the one built beside
-// it when that file is there, else the installed library by name.
-std::string defaultLibraryPath();

@@ -135,20 +135,6 @@ std::string numbered(const char *name, const char *unnamed, uint32_t value) {
   return std::string(name) + " (" + std::to_string(value) + ")";
 }
 
-bool parseNumber(const std::string &text, uint32_t &value) {
-  if (text.empty() || text[0] == '-' || text[0] == '+')
-    return false;
-  // Decimal, or hexadecimal after 0x; a leading 0 does not mean octal.
-  const bool hexadecimal = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
-  char *end = nullptr;
-  errno = 0;
-  const unsigned long long number = std::strtoull(text.c_str(), &end, hexadecimal ? 16 : 10);
-  if (errno != 0 || *end != '\0' || number > UINT32_MAX)
-    return false;
-  value = static_cast<uint32_t>(number);
-  return true;
-}
-
 } // namespace
 
 const char *statusName(CAN_STATUS status) { return nameOf(kStatuses, status); }
@@ -156,6 +142,10 @@ const char *statusName(CAN_STATUS status) { return nameOf(kStatuses, status); }
 std::string statusText(CAN_STATUS status) { return numbered(statusName(status), "status", status); }
 
 bool isStatusName(const std::string &name) { return named(kStatuses, name); }
+
+bool statusValue(const std::string &name, uint32_t &status) {
+  return valueOf(kStatuses, name, status);
+}
 
 bool isDetectionOutcome(const std::string &name) {
   uint32_t status = 0;
@@ -173,6 +163,16 @@ const char *portEventName(uint32_t type) { return nameOf(kPortEvents, type); }
 const char *channelEventName(uint32_t type) { return nameOf(kChannelEvents, type); }
 
 std::string eventTypeText(const char *name, uint32_t type) { return numbered(name, "type", type); }
+
+bool driverEventType(const std::string &name, uint32_t &type) {
+  return valueOf(kDriverEvents, name, type);
+}
+bool deviceEventType(const std::string &name, uint32_t &type) {
+  return valueOf(kDeviceEvents, name, type);
+}
+bool portEventType(const std::string &name, uint32_t &type) {
+  return valueOf(kPortEvents, name, type);
+}
 
 bool channelEventType(const std::string &name, uint32_t &type) {
   return valueOf(kChannelEvents, name, type);
@@ -199,8 +199,25 @@ std::string resultCodeText(uint32_t code) { return numbered(resultCodeName(code)
 
 bool isResultCodeName(const std::string &name) { return named(kResultCodes, name); }
 
-bool parseCode(const std::string &text, uint32_t &value) {
-  return parseNumber(text, value) || valueOf(kStatuses, text, value) ||
-         valueOf(kDriverEvents, text, value) || valueOf(kDeviceEvents, text, value) ||
-         valueOf(kPortEvents, text, value);
+NumberReading readNumber(const std::string &text, uint32_t most, uint32_t &value) {
+  const bool negative = !text.empty() && text[0] == '-';
+  const std::string unsigned_ = negative ? text.substr(1) : text;
+  const bool hexadecimal =
+      unsigned_.size() > 2 && unsigned_[0] == '0' && (unsigned_[1] == 'x' || unsigned_[1] == 'X');
+  const std::string digits = hexadecimal ? unsigned_.substr(2) : unsigned_;
+  const char *allowed = hexadecimal ? "0123456789abcdefABCDEF" : "0123456789";
+  if (digits.empty() || digits.find_first_not_of(allowed) != std::string::npos)
+    return NumberReading::NotANumber;
+  errno = 0;
+  const unsigned long long number = std::strtoull(digits.c_str(), nullptr, hexadecimal ? 16 : 10);
+  if (negative ? number != 0 : errno != 0 || number > most)
+    return NumberReading::OutOfRange;
+  value = static_cast<uint32_t>(number);
+  return NumberReading::Read;
+}
+
+std::string numberProblem(const std::string &text, NumberReading reading, uint32_t most) {
+  if (reading == NumberReading::OutOfRange)
+    return "'" + text + "' is out of range (0 to " + std::to_string(most) + ")";
+  return "'" + text + "' is not a number";
 }

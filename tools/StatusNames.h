@@ -14,6 +14,8 @@ const char *statusName(CAN_STATUS status);
 std::string statusText(CAN_STATUS status);
 // True for the name of a status code ("E_BUSOFF").
 bool isStatusName(const std::string &name);
+// The status a name stands for; false for any other text.
+bool statusValue(const std::string &name, uint32_t &status);
 // True for the status names a DETBAUDRATE text may give; baud-rate
 // detection answers E_INVALID for any other text.
 bool isDetectionOutcome(const std::string &name);
@@ -25,6 +27,11 @@ const char *portEventName(uint32_t type);
 const char *channelEventName(uint32_t type);
 // "DEV_TYPE_RESET (205)"; "type 150" for a type without a name.
 std::string eventTypeText(const char *name, uint32_t type);
+// The type a driver, device or port event type name stands for; false for
+// any other text, a name of another level's types too.
+bool driverEventType(const std::string &name, uint32_t &type);
+bool deviceEventType(const std::string &name, uint32_t &type);
+bool portEventType(const std::string &name, uint32_t &type);
 // The type of one of the fourteen channel event type names a scenario's
 // typed answer may give ("CHN_TYPE_RCV_FAILED_TIMEOUT"); false for any
 // other text.
@@ -41,7 +48,12 @@ std::string resultCodeText(uint32_t code);
 // True for a result code name a typed answer may give.
 bool isResultCodeName(const std::string &name);
 
-// Reads a number (decimal or 0x hexadecimal), a status name or a driver,
-// device or port event type name, as a tester writes them for an
-// injection. False for anything else.
-bool parseCode(const std::string &text, uint32_t &value);
+// How a number typed by a tester reads.
+enum class NumberReading { Read, NotANumber, OutOfRange };
+// Reads a whole number, decimal or hexadecimal after 0x (a leading 0 is not
+// octal), from 0 to `most`. A negative number is out of range. The value is
+// written only when the text reads.
+NumberReading readNumber(const std::string &text, uint32_t most, uint32_t &value);
+// "'4294967296' is out of range (0 to 4294967295)" or "'12x' is not a
+// number", for a text that did not read.
+std::string numberProblem(const std::string &text, NumberReading reading, uint32_t most);

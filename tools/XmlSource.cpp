@@ -1,6 +1,6 @@
 #include "XmlSource.h"
 
-#include "Files.h"
+#include "Paths.h"
 #include "platform/CodePage.h"
 
 #include <algorithm>

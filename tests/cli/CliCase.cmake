@@ -1,4 +1,5 @@
-# cli_case(EXIT status [ARGS ...] [EXPECT regex...] [REJECT regex] [INPUT file])
+# cli_case(EXIT status [ARGS ...] [EXPECT regex...] [REJECT regex] [INPUT file]
+#          [ENV name=value...])
 # runs the cansimu program once and checks how it ended:
 #   PROGRAM, EMULATOR (variables) the program, and what runs it when it was
 #             cross-compiled (may be empty)
@@ -8,13 +9,15 @@
 #             output, then standard error) in this order
 #   REJECT    a regular expression that must not match it
 #   INPUT     a file for its standard input
+#   ENV       environment variables set for it
 function(cli_case)
-  cmake_parse_arguments(C "" "EXIT;REJECT;INPUT" "ARGS;EXPECT" ${ARGN})
+  cmake_parse_arguments(C "" "EXIT;REJECT;INPUT" "ARGS;EXPECT;ENV" ${ARGN})
   set(input_option "")
   if(C_INPUT)
     set(input_option INPUT_FILE "${C_INPUT}")
   endif()
-  execute_process(COMMAND ${EMULATOR} "${PROGRAM}" ${C_ARGS} ${input_option}
+  execute_process(COMMAND ${CMAKE_COMMAND} -E env ${C_ENV} ${EMULATOR} "${PROGRAM}" ${C_ARGS}
+    ${input_option}
     RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE err TIMEOUT 60)
   set(output "${out}${err}")
   # Windows programs end their lines with CR LF.

@@ -1,11 +1,15 @@
 // The names the program shows and checks are the library's own: each channel
 // event type and result code name of its tables selects, in a typed answer,
 // the value it gives the name; each DETBAUDRATE text it accepts is played as
-// that status, and any other status name as E_INVALID.
+// that status, and any other status name as E_INVALID; each injection it
+// accepts names an export and an event type its level queues.
+#include "InjectionNames.h"
 #include "StatusNames.h"
 #include "channel/ChannelFixture.h"
 
 #include <cstdio>
+#include <fstream>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -75,4 +79,74 @@ TEST_F(CliNames, DetectionOutcomes_AreTheStatusesTheDetectionPlays) {
               isDetectionOutcome(name) ? status : E_INVALID)
         << name;
   }
+}
+
+namespace {
+
+class CliInjectionNames : public bus_test::BusTest {};
+
+// The event types a level's queue received after one injection of each
+// candidate type, in order.
+template <class Event, class Read, class Release>
+std::vector<uint32_t> typesReceived(const Read &read, const Release &release) {
+  std::vector<uint32_t> types;
+  Event *event = nullptr;
+  uint32_t pending = 0;
+  while (read(&event, &pending) == E_SUCCESS && event != nullptr) {
+    types.push_back(event->type);
+    release(event);
+  }
+  return types;
+}
+
+} // namespace
+
+// The program lets a tester inject only the event types each level queues:
+// every type up to 1100, and the largest, injected once each, comes back
+// from its queue exactly when queuesEventType says so.
+TEST_F(CliInjectionNames, QueuedTypes_AreTheTypesEachLevelQueues) {
+  start("", 0);
+  std::vector<uint32_t> candidates;
+  for (uint32_t type = 0; type <= 1100; ++type)
+    candidates.push_back(type);
+  candidates.push_back(UINT32_MAX);
+  const auto inject = [&](const char *name, InjectionRoute route) {
+    std::vector<uint32_t> expected;
+    for (uint32_t type : candidates) {
+      setNextCANStatus(name, type, 0);
+      if (queuesEventType(route, type))
+        expected.push_back(type);
+    }
+    return expected;
+  };
+  const auto driver = inject("CAN_DrvRxMsg", InjectionRoute::DriverQueue);
+  EXPECT_EQ(
+      (typesReceived<CAN_EventDrv>(
+          [](CAN_EventDrv **e, uint32_t *p) { return CAN_DrvRxMsg(e, p, 1); }, CAN_DrvFreeRxMsg)),
+      driver);
+  const auto device = inject("CAN_DevRxMsg", InjectionRoute::DeviceQueue);
+  EXPECT_EQ(
+      (typesReceived<CAN_EventDev>(
+          [this](CAN_EventDev **e, uint32_t *p) { return CAN_DevRxMsg(this->device, e, p, 1); },
+          CAN_DevFreeRxMsg)),
+      device);
+  const auto port = inject("CAN_PrtRxMsg", InjectionRoute::PortQueue);
+  EXPECT_EQ(
+      (typesReceived<CAN_EventPort>(
+          [this](CAN_EventPort **e, uint32_t *p) { return CAN_PrtRxMsg(this->port, e, p, 1); },
+          CAN_PrtFreeRxMsg)),
+      port);
+}
+
+// A name the program takes for an injection is one the library exports,
+// spelt as its export list spells it.
+TEST(CliInjectionExports, EveryInjectableNameIsAnExport) {
+  std::ifstream def(CANSIMU_DEF_FILE);
+  std::set<std::string> exports;
+  for (std::string word; def >> word;)
+    exports.insert(word);
+  const std::vector<std::string> names = injectableExports();
+  EXPECT_EQ(names.size(), 45u);
+  for (const std::string &name : names)
+    EXPECT_EQ(exports.count(name), 1u) << name;
 }

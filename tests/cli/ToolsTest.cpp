@@ -2,8 +2,10 @@
 // wrong value: codes typed in the shell, event payloads, the command line.
 #include "Arguments.h"
 #include "BenchFile.h"
+#include "Command.h"
 #include "Errors.h"
 #include "FrameText.h"
+#include "InjectionNames.h"
 #include "Records.h"
 #include "StatusNames.h"
 
@@ -24,37 +26,93 @@ CAN_EventDev deviceEvent(uint32_t type, void *data) {
   return event;
 }
 
+// A few commands with the options they take, as the program lists them.
+const std::vector<Command> kCommands = {
+    {"demo", "demo", "", "", 0, 1, {}, nullptr},
+    {"flash", "flash", "", "", 2, 2, {}, nullptr},
+    {"events", "events", "", "", 1, 1, {"--seconds"}, nullptr},
+    {"ask", "ask", "", "", 2, SIZE_MAX, {"--broadcast", "--frame"}, nullptr}};
+
 Arguments parse(std::vector<std::string> words) {
   std::vector<char *> argv;
   static char program[] = "cansimu";
   argv.push_back(program);
   for (std::string &word : words)
     argv.push_back(&word[0]);
-  return parseArguments(static_cast<int>(argv.size()), argv.data());
+  return parseArguments(static_cast<int>(argv.size()), argv.data(), kCommands);
 }
 
 } // namespace
 
-// "010" is ten: a leading zero is not octal. A refused text leaves the value
-// as it was.
-TEST(CliCodes, ParseCode_TakesDecimalHexadecimalAndEveryNameAndNothingElse) {
+// "010" is ten: a leading zero is not octal. A number past the bound, a
+// negative one too, is out of range, not "not a number"; a refused text
+// leaves the value as it was.
+TEST(CliCodes, ReadNumber_TakesDecimalAndHexadecimalAndSaysWhyItRefuses) {
   const std::pair<const char *, uint32_t> accepted[] = {
-      {"27", 27u},
-      {"0x1B", 27u},
-      {"010", 10u},
-      {"4294967295", UINT32_MAX},
-      {"E_SUCCESS", 0u},
-      {"DEV_TYPE_PROGRESS", DEV_TYPE_PROGRESS},
-      {"DRV_TYPE_DEVICE_101", DRV_TYPE_DEVICE_101},
-      {"PRT_TYPE_FRAME", PRT_TYPE_FRAME}};
+      {"27", 27u}, {"0x1B", 27u}, {"010", 10u}, {"4294967295", UINT32_MAX}};
   for (const auto &[text, expected] : accepted) {
     uint32_t value = 12345;
-    EXPECT_TRUE(parseCode(text, value) && value == expected) << text;
+    EXPECT_TRUE(readNumber(text, UINT32_MAX, value) == NumberReading::Read && value == expected)
+        << text;
   }
-  for (const char *text : {"", "-1", "+1", "4294967296", "12abc", "0x", "e_busoff", "E_BUSOFF "}) {
+  const std::pair<const char *, NumberReading> refused[] = {
+      {"", NumberReading::NotANumber},
+      {"+1", NumberReading::NotANumber},
+      {"12abc", NumberReading::NotANumber},
+      {"0x", NumberReading::NotANumber},
+      {"E_BUSOFF", NumberReading::NotANumber},
+      {"4294967296", NumberReading::OutOfRange},
+      {"0x100000000", NumberReading::OutOfRange},
+      {"-1", NumberReading::OutOfRange}};
+  for (const auto &[text, reading] : refused) {
     uint32_t value = 12345;
-    EXPECT_FALSE(parseCode(text, value)) << "'" << text << "'";
+    EXPECT_EQ(readNumber(text, UINT32_MAX, value), reading) << "'" << text << "'";
     EXPECT_EQ(value, 12345u) << "'" << text << "'";
+  }
+  uint32_t value = 0;
+  EXPECT_EQ(readNumber("3600001", 3600000, value), NumberReading::OutOfRange);
+  EXPECT_EQ(numberProblem("3600001", NumberReading::OutOfRange, 3600000),
+            "'3600001' is out of range (0 to 3600000)");
+}
+
+// An injection as a tester writes it: the status by number or name, for the
+// receive exports an event type of their own level that the level queues;
+// what the library does with it, or why it would skip it.
+TEST(CliInjections, ReadInjection_ChecksNamesValuesAndTypesAndSaysWhatHappens) {
+  struct Case {
+    const char *name, *status, *detail;
+    InjectionProblem problem;
+    std::string said; // the effect, or why it is refused
+  };
+  const Case cases[] = {
+      {"CAN_DevGetVersion", "E_BUSOFF", "", InjectionProblem::None,
+       "the next CAN_DevGetVersion answers E_BUSOFF (27)"},
+      {"CAN_ChnSendDiag", "0x1F4", "E_INVALID", InjectionProblem::None,
+       "the next CAN_ChnSendDiag answers status 500, detail 4"},
+      {"CAN_DevRxMsg", "DEV_TYPE_RESET", "0x33", InjectionProblem::None,
+       "DEV_TYPE_RESET (205) on the device queue, detail 51"},
+      {"CAN_PrtRxMsg", "0", "", InjectionProblem::None, "an end marker on the port queue"},
+      {"CAN_DrvRxMsg", "DEV_TYPE_RESET", "", InjectionProblem::Value,
+       "'DEV_TYPE_RESET' is neither a number nor a driver event type (DRV_TYPE_...)"},
+      {"CAN_DevRxMsg", "150", "", InjectionProblem::TypeNotQueued,
+       "the device queue takes no event of type 150 (only 0, 101, 102, 200 to 205, 1000)"},
+      {"CAN_PrtRxMsg", "326", "", InjectionProblem::TypeNotQueued,
+       "the port queue takes no event of type 326 (only 0, 300 to 325, 400, 401)"},
+      {"CAN_DevGetVersoin", "4", "", InjectionProblem::Name,
+       "'CAN_DevGetVersoin' is not an export of the library (did you mean CAN_DevGetVersion?)"},
+      {"CAN_DrvInit", "4", "", InjectionProblem::Name,
+       "CAN_DrvInit takes no injection: the library would keep it armed for ever"},
+      {"CAN_DevGetMode", "4294967296", "", InjectionProblem::Value,
+       "'4294967296' is out of range (0 to 4294967295)"},
+      {"CAN_DevGetMode", "4", "E_BUSY", InjectionProblem::Value,
+       "detail 'E_BUSY' is neither a number nor a status name"}};
+  const auto exported = [](const std::string &name) { return name != "CAN_DevGetVersoin"; };
+  for (const Case &c : cases) {
+    Injection injection;
+    std::string why;
+    EXPECT_EQ(readInjection(c.name, c.status, c.detail, exported, injection, why), c.problem)
+        << c.name << " " << c.status;
+    EXPECT_EQ(c.problem == InjectionProblem::None ? injectionEffect(injection) : why, c.said);
   }
 }
 
@@ -145,19 +203,44 @@ TEST(CliRecords, VersionTexts_StopAtTheFieldEndWithoutATerminator) {
   EXPECT_EQ(describeApplicationVersion(version), "ABCDEFGHIJK (02/09/25, 7E21)");
 }
 
-TEST(CliArguments, OptionsStandAnywhereNeedTheirValueAndLibraryIsSetApart) {
-  const Arguments arguments = parse({"--library", "lib.so", "events", "b.xml", "--seconds", "3"});
+// Options stand before or after the command and its arguments; a value
+// follows its option or an '='; the last --library wins.
+TEST(CliArguments, OptionsStandAnywhereTakeTheirValueEitherWayAndTheLastLibraryWins) {
+  const Arguments arguments =
+      parse({"--library", "a.so", "events", "b.xml", "--seconds=3", "--library=lib.so"});
   EXPECT_EQ(arguments.command, "events");
   EXPECT_EQ(arguments.positional, std::vector<std::string>{"b.xml"});
   EXPECT_EQ(arguments.library, "lib.so");
   EXPECT_FALSE(arguments.has("--library"));
   EXPECT_EQ(arguments.options.at("--seconds"), "3");
   EXPECT_TRUE(parse({"flash", "-h"}).help);
-  EXPECT_THROW(parse({"demo", "--library"}), UsageError);
-  EXPECT_EQ(parse({"flash", "b.xml", "-"}).positional.back(), "-") << "'-' is an argument";
+  EXPECT_EQ(parse({"--log", "x.log", "demo"}).log, "x.log");
+  EXPECT_TRUE(parse({"--version"}).version);
+  EXPECT_EQ(parse({"flash", "b.xml", "-", "-1"}).positional,
+            (std::vector<std::string>{"b.xml", "-", "-1"}))
+      << "'-' and negative numbers are arguments";
   const Arguments ask = parse({"ask", "--frame", "b.xml", "10", "1001"});
   EXPECT_TRUE(ask.has("--frame")) << "a flag takes no value";
   EXPECT_EQ(ask.positional, (std::vector<std::string>{"b.xml", "10", "1001"}));
+}
+
+TEST(CliArguments, RefusedCommandLinesSayWhatIsWrong) {
+  const std::pair<std::vector<std::string>, std::string> refused[] = {
+      {{"reboot", "now"}, "unknown command 'reboot'"},
+      {{"--fast", "demo"}, "unknown option --fast (see cansimu demo --help)"},
+      {{"flash", "b.xml", "--seconds", "2"}, "flash takes no --seconds (see cansimu flash --help)"},
+      {{"--frame", "ask", "b.xml"},
+       "--frame goes after the command: cansimu ask ... --frame (see cansimu ask --help)"},
+      {{"demo", "--library"}, "--library needs a value"},
+      {{"events", "b.xml", "--seconds"}, "--seconds needs a value"}};
+  for (const auto &[words, message] : refused) {
+    try {
+      parse(words);
+      ADD_FAILURE() << message;
+    } catch (const UsageError &error) {
+      EXPECT_EQ(error.what(), message);
+    }
+  }
 }
 
 namespace {

@@ -17,14 +17,6 @@ namespace {
 using Init = CAN_STATUS(CANSIMU_CALL *)(const char *);
 using End = void(CANSIMU_CALL *)();
 
-void setEnvironment(const std::string &name, const std::string &value) {
-#ifdef _WIN32
-  _putenv((name + "=" + value).c_str());
-#else
-  setenv(name.c_str(), value.c_str(), 1);
-#endif
-}
-
 // The local time as the log's stamp starts, to the second.
 std::string localSecond() {
   const std::time_t now = std::time(nullptr);

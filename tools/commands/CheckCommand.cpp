@@ -3,12 +3,12 @@
 #include "Command.h"
 #include "Errors.h"
 #include "FileChecks.h"
-#include "Files.h"
 #include "Output.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <filesystem>
 #include <set>
 
 namespace {
@@ -47,14 +47,18 @@ bool hasXmlExtension(const std::string &name) {
 
 // The files an argument names: itself, or a folder's XML files.
 std::vector<std::string> filesOf(const std::string &argument) {
-  if (!isDirectory(argument))
+  std::error_code error;
+  if (!std::filesystem::is_directory(argument, error))
     return {argument};
   const char last = argument.back();
   const std::string folder = last == '/' || last == '\\' ? argument : argument + "/";
   std::vector<std::string> files;
-  for (const std::string &name : filesIn(argument))
-    if (hasXmlExtension(name))
+  for (const auto &entry : std::filesystem::directory_iterator(argument, error)) {
+    const std::string name = entry.path().filename().string();
+    if (entry.is_regular_file(error) && hasXmlExtension(name))
       files.push_back(folder + name);
+  }
+  std::sort(files.begin(), files.end());
   return files;
 }
 
@@ -82,7 +86,7 @@ int runCheck(const Arguments &arguments) {
   size_t warnings = 0;
   for (size_t i = 0; i < queue.size(); ++i) {
     const std::string path = queue[i];
-    if (!seen.insert(absolutePath(path)).second)
+    if (!seen.insert(std::filesystem::absolute(path).lexically_normal().string()).second)
       continue;
     XmlSource file;
     const XmlSource::Outcome outcome = file.load(path);

@@ -2,9 +2,9 @@
 #include "Command.h"
 #include "DeviceSteps.h"
 #include "Errors.h"
-#include "Files.h"
 #include "FirmwareFlash.h"
 #include "Output.h"
+#include "Paths.h"
 #include "Session.h"
 
 namespace {
@@ -12,9 +12,12 @@ namespace {
 const char kDetails[] =
     "Starts a session with CONFIG, reserves the box, puts it in mode 0 and\n"
     "downloads IMAGE (an application or boot image) with a live progress bar,\n"
-    "then prints the box's versions. The exit status is 0 when the download\n"
-    "answered E_SUCCESS and 1 for any other status (E_BOARD_ERROR_1 when the\n"
-    "configuration makes uploads fail, E_BAD_FILE for a file that is no image).\n";
+    "then prints the box's versions. While the download runs it also reads\n"
+    "the driver queue, as a host's reader does, so a bench saved meanwhile is\n"
+    "read again: unplug the box there (CAN_DEVICESTATE) and the download shows\n"
+    "it. The exit status is 0 when the download answered E_SUCCESS with the\n"
+    "box still plugged in, and 1 otherwise (E_BOARD_ERROR_1 when the bench\n"
+    "makes uploads fail, E_BAD_FILE for a file that is no image).\n";
 
 int runFlash(const Arguments &arguments) {
   const std::string &image = arguments.positional[1];
@@ -31,7 +34,7 @@ int runFlash(const Arguments &arguments) {
   const FlashOutcome flashed = flashFirmware(session, imagePath, shown);
   showVersion(session);
   session.freeDevice();
-  return flashed.status == E_SUCCESS ? kExitDone : kExitRefused;
+  return flashed.status == E_SUCCESS && !flashed.unplugged ? kExitDone : kExitRefused;
 }
 
 } // namespace

@@ -6,14 +6,20 @@
 #include "DeviceSteps.h"
 #include "Errors.h"
 #include "FirmwareFlash.h"
+#include "InjectionNames.h"
 #include "Output.h"
 #include "Session.h"
 #include "StatusNames.h"
 
+#include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
+#include <map>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -21,7 +27,9 @@ namespace {
 const char kDetails[] =
     "Starts a session with CONFIG and reads commands, one a line:\n"
     "\n"
-    "  reserve                 list the devices and reserve the box\n"
+    "  reserve [NAME]          list the devices and reserve the box (or reserve\n"
+    "                          NAME without listing), then read the driver and\n"
+    "                          device queues once: an unplugged box shows\n"
     "  mode [N]                set the box's mode to N, or read it\n"
     "  version                 read the firmware versions\n"
     "  voltages                read the supply voltages\n"
@@ -45,35 +53,55 @@ const char kDetails[] =
     "  rx [MS]                 read the driver, device, port and channel events\n"
     "                          until a queue stays empty MS ms (100)\n"
     "  inject NAME STATUS [DETAIL]\n"
-    "                          setNextCANStatus: the next call of the export\n"
-    "                          NAME answers STATUS; for CAN_DrvRxMsg,\n"
-    "                          CAN_DevRxMsg and CAN_PrtRxMsg, queue an event of\n"
-    "                          type STATUS. STATUS and DETAIL: numbers or names\n"
-    "                          (E_BUSOFF, DEV_TYPE_RESET, PRT_TYPE_FRAME)\n"
+    "                          setNextCANStatus: arm STATUS for the next call of\n"
+    "                          the export NAME, or for CAN_DrvRxMsg,\n"
+    "                          CAN_DevRxMsg and CAN_PrtRxMsg queue an event of\n"
+    "                          type STATUS. Names and types are checked against\n"
+    "                          the library's; a name still armed keeps its first\n"
+    "                          arming (the library drops the second). STATUS and\n"
+    "                          DETAIL: numbers or names (E_BUSOFF,\n"
+    "                          DEV_TYPE_RESET, PRT_TYPE_FRAME)\n"
+    "  expect STATUS           the last call answered STATUS (by name or number;\n"
+    "                          for a command of several calls, the first that\n"
+    "                          did not answer E_SUCCESS): a script that meets a\n"
+    "                          mismatch stops with exit status 1\n"
+    "  sleep MS                wait MS milliseconds (at most an hour)\n"
     "  help                    this list\n"
     "  quit                    end the session (so does the end of input)\n"
     "\n"
     "Each call prints one line with its status; answers are decoded below it.\n"
     "On a terminal the shell prompts, edits the line and keeps a history of\n"
-    "the session's commands (arrow keys). From a file or a pipe (cansimu shell\n"
-    "bench.xml < steps.txt) each command is echoed before its output, '#'\n"
-    "starts a comment, and a line that is not a valid command stops the script\n"
-    "with exit status 2.\n";
+    "the session's commands (arrow keys); Ctrl-C drops the line being typed,\n"
+    "or ends the wait of rx, sleep or a flash's progress, and the session goes\n"
+    "on. From a file or a pipe (cansimu shell bench.xml < steps.txt) each\n"
+    "command is echoed before its output, '#' starts a comment, a line that is\n"
+    "not a valid command stops the script with exit status 2, and an expect\n"
+    "that fails with exit status 1.\n";
 
 const char kCommandList[] =
-    "commands: reserve, mode [N], version, voltages, reset, flash IMAGE, port,\n"
-    "  assoc, baud, measures, channel ECU|broadcast [HEX], open, send HEX...,\n"
-    "  close, frame ID HEX, free, rx [MS], inject NAME STATUS [DETAIL], help, quit\n";
+    "commands: reserve [NAME], mode [N], version, voltages, reset, flash IMAGE,\n"
+    "  port, assoc, baud, measures, channel ECU|broadcast [HEX], open,\n"
+    "  send HEX..., close, frame ID HEX, free, rx [MS],\n"
+    "  inject NAME STATUS [DETAIL], expect STATUS, sleep MS, help, quit\n";
 
 // Answers are queued before the call that asked returns: only a missing
 // answer waits this long.
 constexpr uint32_t kAnswerMs = 100;
 constexpr size_t kFrameBytes = 8;
+constexpr uint32_t kLongestSleepMs = 3600 * 1000;
+constexpr auto kSleepSlice = std::chrono::milliseconds(20);
 
 using Words = std::vector<std::string>;
+// What a command's calls answered, for expect: nothing when it made no
+// call that answers a status.
+using Outcome = std::optional<CAN_STATUS>;
 
 // A line that is not a valid command.
 struct BadLine {
+  std::string why;
+};
+// An expect that did not hold.
+struct ExpectFailed {
   std::string why;
 };
 
@@ -85,10 +113,11 @@ Words words(const std::string &line) {
   return out;
 }
 
-uint32_t code(const std::string &text) {
+uint32_t number(const std::string &text, uint32_t most) {
   uint32_t value = 0;
-  if (!parseCode(text, value))
-    throw BadLine{"'" + text + "' is neither a number nor a status or event name"};
+  const NumberReading reading = readNumber(text, most, value);
+  if (reading != NumberReading::Read)
+    throw BadLine{numberProblem(text, reading, most)};
   return value;
 }
 
@@ -100,15 +129,80 @@ Bytes hexArgument(const std::string &text) {
   return bytes;
 }
 
+// The first status of several that is not E_SUCCESS, else E_SUCCESS.
+CAN_STATUS firstFailure(CAN_STATUS sofar, CAN_STATUS next) {
+  return sofar != E_SUCCESS ? sofar : next;
+}
+
+// The armings of this session that no call has taken yet, as far as the
+// program can tell: an armed status is taken by the next call of its
+// export, and the program counts its own calls. The bench's INJECT
+// elements arm at each read of the bench, in document order.
+class Armings {
+public:
+  explicit Armings(const Session &session) : session_(session) {}
+
+  // Where the arming of `name` that still waits comes from; null if none.
+  const std::string *waiting(const std::string &name) const {
+    const auto found = armings_.find(name);
+    if (found == armings_.end() || session_.api().callsOf(name) != found->second.calls)
+      return nullptr;
+    return &found->second.where;
+  }
+  void armed(const std::string &name, const std::string &where) {
+    armings_[name] = {session_.api().callsOf(name), where};
+  }
+
+  // Applies the bench's INJECT elements as a read of it does, when the
+  // library has read the bench since the last look: at the start, and after
+  // a CAN_DrvRxMsg that came after the file was saved.
+  void followBench() {
+    std::error_code error;
+    const auto saved = std::filesystem::last_write_time(session_.configuration(), error);
+    const unsigned driverReads = session_.api().callsOf("CAN_DrvRxMsg");
+    if (!error && looked_ && (saved == saved_ || driverReads == driverReads_))
+      return;
+    looked_ = true;
+    saved_ = saved;
+    driverReads_ = driverReads;
+    XmlSource bench;
+    if (bench.load(session_.configuration()) != XmlSource::Outcome::Read)
+      return;
+    const auto exported = [this](const std::string &name) { return session_.exports(name); };
+    for (const BenchInjection &element : readBenchInjections(bench)) {
+      Injection injection;
+      std::string why;
+      if (readInjection(element.exportName, element.status, element.detail, exported, injection,
+                        why) == InjectionProblem::None &&
+          injection.route == InjectionRoute::Arm && waiting(injection.exportName) == nullptr)
+        armed(injection.exportName, "the bench's line " + std::to_string(element.line));
+    }
+  }
+
+private:
+  struct Arming {
+    unsigned calls; // the export's calls when it was armed
+    std::string where;
+  };
+  const Session &session_;
+  std::map<std::string, Arming> armings_;
+  bool looked_ = false;
+  std::filesystem::file_time_type saved_;
+  unsigned driverReads_ = 0;
+};
+
 // What a command needs before it can call the library.
 enum class Needs { Nothing, Device, Port, Channel };
 
 class Shell {
 public:
-  Shell(Session &session, Bus &bus) : session_(session), bus_(bus) {}
+  Shell(Session &session, Bus &bus, bool interactive)
+      : session_(session), bus_(bus), interactive_(interactive), armings_(session) {}
 
-  // Runs one command; false once the session should end.
-  bool execute(const Words &line) {
+  void started() { armings_.followBench(); }
+
+  // Runs the command on line `number`; false once the session should end.
+  bool execute(const Words &line, unsigned number) {
     const std::string &name = line[0];
     if (name == "quit" || name == "exit")
       return false;
@@ -117,8 +211,19 @@ public:
       throw BadLine{"unknown command '" + name + "'"};
     if (line.size() - 1 < entry->least || line.size() - 1 > entry->most)
       throw BadLine{"wrong number of arguments for " + name};
-    if (holds(entry->needs))
-      (this->*entry->run)(line);
+    line_ = number;
+    if (!holds(entry->needs))
+      return true;
+    // Ctrl-C ends this command's waits, not the session.
+    CancellableWait wait(interactive_);
+    session_.setWait(&wait);
+    const Outcome outcome = (this->*entry->run)(line);
+    session_.setWait(nullptr);
+    if (outcome) {
+      last_ = *outcome;
+      lastCommand_ = "line " + std::to_string(number) + " (" + name + ")";
+    }
+    armings_.followBench();
     return true;
   }
 
@@ -127,13 +232,13 @@ private:
     const char *name;
     size_t least, most;
     Needs needs;
-    void (Shell::*run)(const Words &);
+    Outcome (Shell::*run)(const Words &);
   };
 
   static const Entry *find(const std::string &name) {
     static const Entry entries[] = {
         {"help", 0, 0, Needs::Nothing, &Shell::help},
-        {"reserve", 0, 0, Needs::Nothing, &Shell::reserve},
+        {"reserve", 0, 1, Needs::Nothing, &Shell::reserve},
         {"mode", 0, 1, Needs::Device, &Shell::mode},
         {"version", 0, 0, Needs::Device, &Shell::version},
         {"voltages", 0, 0, Needs::Device, &Shell::voltages},
@@ -151,6 +256,8 @@ private:
         {"free", 0, 0, Needs::Nothing, &Shell::free},
         {"rx", 0, 1, Needs::Nothing, &Shell::rx},
         {"inject", 2, 3, Needs::Nothing, &Shell::inject},
+        {"expect", 1, 1, Needs::Nothing, &Shell::expect},
+        {"sleep", 1, 1, Needs::Nothing, &Shell::sleep},
     };
     for (const Entry &entry : entries)
       if (name == entry.name)
@@ -178,28 +285,32 @@ private:
     return true;
   }
 
-  void help(const Words &) { std::fputs(kCommandList, stdout); }
-  void reserve(const Words &) { session_.reserveDevice(); }
-  void mode(const Words &line) {
-    if (line.size() > 1)
-      setMode(session_, code(line[1]));
-    else
-      showMode(session_);
+  Outcome help(const Words &) {
+    std::fputs(kCommandList, stdout);
+    return std::nullopt;
   }
-  void version(const Words &) { showVersion(session_); }
-  void voltages(const Words &) { showTension(session_); }
-  void reset(const Words &) { resetProcessor(session_); }
-  void flash(const Words &line) { flashFirmware(session_, session_.userPath(line[1]), line[1]); }
-  void port(const Words &) { bus_.reservePort(); }
-  void assoc(const Words &) { bus_.loadAssocTable(); }
-  void baud(const Words &) { bus_.detectBaudRate(); }
-  void measures(const Words &) { bus_.showMeasures(); }
+  Outcome reserve(const Words &line) {
+    return session_.reserveDevice(false, line.size() > 1 ? line[1] : "");
+  }
+  Outcome mode(const Words &line) {
+    if (line.size() > 1)
+      return setMode(session_, number(line[1], UINT32_MAX));
+    return showMode(session_);
+  }
+  Outcome version(const Words &) { return showVersion(session_); }
+  Outcome voltages(const Words &) { return showTension(session_); }
+  Outcome reset(const Words &) { return resetProcessor(session_); }
+  Outcome flash(const Words &line) {
+    return flashFirmware(session_, session_.userPath(line[1]), line[1]).status;
+  }
+  Outcome port(const Words &) { return bus_.reservePort(); }
+  Outcome assoc(const Words &) { return bus_.loadAssocTable(); }
+  Outcome baud(const Words &) { return bus_.detectBaudRate(); }
+  Outcome measures(const Words &) { return bus_.showMeasures(); }
 
-  void channel(const Words &line) {
-    if (line[1] == "broadcast") {
-      bus_.createChannel(nullptr, line.size() > 2 ? hexArgument(line[2]) : Bytes());
-      return;
-    }
+  Outcome channel(const Words &line) {
+    if (line[1] == "broadcast")
+      return bus_.createChannel(nullptr, line.size() > 2 ? hexArgument(line[2]) : Bytes());
     if (line.size() > 2)
       throw BadLine{"only a broadcast channel takes a start frame"};
     const BenchEcu *ecu = findEcu(bus_.ecus(), line[1]);
@@ -209,96 +320,176 @@ private:
     if (!ecu->addressed)
       throw BadLine{"ECU " + ecu->label() +
                     " has no one-byte targetAddress: no channel reaches it"};
-    bus_.createChannel(ecu);
+    return bus_.createChannel(ecu);
   }
 
-  void open(const Words &) {
+  Outcome open(const Words &) {
     // A broadcast session's opening sends the start frame: its answers wait.
-    if (bus_.openSession() == E_SUCCESS && bus_.broadcast())
+    const CAN_STATUS status = bus_.openSession();
+    if (status == E_SUCCESS && bus_.broadcast())
       bus_.readChannel(kAnswerMs);
+    return status;
   }
 
-  void send(const Words &line) {
+  Outcome send(const Words &line) {
     std::vector<Bytes> requests;
     for (size_t i = 1; i < line.size(); ++i)
       requests.push_back(hexArgument(line[i]));
-    for (const Bytes &request : requests)
-      if (bus_.sendRequest(request) == E_SUCCESS)
+    CAN_STATUS outcome = E_SUCCESS;
+    for (const Bytes &request : requests) {
+      const CAN_STATUS status = bus_.sendRequest(request);
+      if (status == E_SUCCESS)
         bus_.readChannel(kAnswerMs);
+      outcome = firstFailure(outcome, status);
+    }
+    return outcome;
   }
 
-  void close(const Words &) { bus_.closeSession(); }
+  Outcome close(const Words &) { return bus_.closeSession(); }
 
-  void frame(const Words &line) {
+  Outcome frame(const Words &line) {
     uint32_t id = 0;
     if (!parseHexNumber(line[1], id))
-      throw BadLine{"'" + line[1] + "' is no hex CAN identifier"};
+      throw BadLine{"'" + line[1] + "' is no hex CAN identifier (at most 8 digits)"};
     const Bytes bytes = hexArgument(line[2]);
     if (bytes.size() > kFrameBytes)
       throw BadLine{"'" + line[2] + "' is longer than a CAN frame (8 bytes)"};
-    if (bus_.sendFrame(id, bytes) == E_SUCCESS)
+    const CAN_STATUS status = bus_.sendFrame(id, bytes);
+    if (status == E_SUCCESS)
       bus_.readPort(kAnswerMs);
+    return status;
   }
 
   // The innermost handle goes first: the channel, then the port, then the box.
-  void free(const Words &) {
+  Outcome free(const Words &) {
     if (bus_.channel() != nullptr)
-      bus_.freeChannel();
-    else if (bus_.port() != nullptr)
-      bus_.freePort();
-    else if (holds(Needs::Device))
-      session_.freeDevice();
+      return bus_.freeChannel();
+    if (bus_.port() != nullptr)
+      return bus_.freePort();
+    if (holds(Needs::Device))
+      return session_.freeDevice();
+    return std::nullopt;
   }
 
-  void rx(const Words &line) {
-    const uint32_t timeout = line.size() > 1 ? code(line[1]) : 100;
+  // E_SUCCESS when any queue gave an event, else what the reads answered
+  // (E_NO_EVENT, or E_DISCONNECTED from an unplugged box's port).
+  Outcome rx(const Words &line) {
+    const uint32_t timeout = line.size() > 1 ? number(line[1], UINT32_MAX) : 100;
     if (timeout == 0)
       throw BadLine{"rx needs a timeout above 0 ms"};
-    readDriverEvents(session_, timeout);
-    if (!holds(Needs::Device))
-      return;
-    readDeviceEvents(session_, timeout);
-    if (bus_.port() != nullptr)
-      bus_.readPort(timeout, true);
-    if (bus_.channel() != nullptr)
-      bus_.readChannel(timeout, true);
+    unsigned events = readDriverEvents(session_, timeout);
+    CAN_STATUS failure = E_NO_EVENT;
+    if (session_.device() == nullptr || cancelled())
+      return events > 0 ? E_SUCCESS : failure;
+    events += readDeviceEvents(session_, timeout);
+    for (const bool port : {true, false}) {
+      if (cancelled() || (port ? bus_.port() : bus_.channel()) == nullptr)
+        continue;
+      const Reading reading = port ? bus_.readPort(timeout, true) : bus_.readChannel(timeout, true);
+      events += reading.events;
+      if (reading.status != E_SUCCESS && reading.status != E_NO_EVENT)
+        failure = reading.status;
+    }
+    return events > 0 ? E_SUCCESS : failure;
   }
 
-  void inject(const Words &line) {
-    const std::string &name = line[1];
-    if (!session_.exports(name))
-      throw BadLine{"'" + name + "' is not an export of the library"};
-    const uint32_t status = code(line[2]);
-    const uint32_t detail = line.size() > 3 ? code(line[3]) : 0;
-    session_.api().setNextCANStatus(name.c_str(), status, detail);
-    // The receive exports queue an event of that type instead of arming.
-    const char *queued = name == "CAN_DrvRxMsg"   ? driverEventName(status)
-                         : name == "CAN_DevRxMsg" ? deviceEventName(status)
-                                                  : portEventName(status);
-    const bool queues = name == "CAN_DrvRxMsg" || name == "CAN_DevRxMsg" || name == "CAN_PrtRxMsg";
-    printNote("setNextCANStatus(\"" + name + "\", " + std::to_string(status) + ", " +
-                  std::to_string(detail) + ")",
-              queues ? "event " + eventTypeText(queued, status) + " queued"
-                     : "next " + name + " answers " + statusText(status));
+  bool cancelled() const { return session_.wait() != nullptr && session_.wait()->cancelled(); }
+
+  Outcome inject(const Words &line) {
+    Injection injection;
+    std::string why;
+    const auto exported = [this](const std::string &name) { return session_.exports(name); };
+    if (readInjection(line[1], line[2], line.size() > 3 ? line[3] : "", exported, injection, why) !=
+        InjectionProblem::None)
+      throw BadLine{why};
+    const std::string &name = injection.exportName;
+    const std::string *waiting =
+        injection.route == InjectionRoute::Arm ? armings_.waiting(name) : nullptr;
+    const std::string where = waiting != nullptr ? *waiting : "";
+    session_.api().setNextCANStatus(name.c_str(), injection.status, injection.detail);
+    const std::string call = "setNextCANStatus(\"" + name + "\", " +
+                             std::to_string(injection.status) + ", " +
+                             std::to_string(injection.detail) + ")";
+    if (injection.route != InjectionRoute::Arm)
+      printNote(call, "queued: " + injectionEffect(injection));
+    else if (waiting != nullptr)
+      printNote(call, "dropped: the arming of " + where + " waits for its call");
+    else
+      printNote(call, "armed: " + injectionEffect(injection));
+    const std::string note = detailNote(injection);
+    if (!note.empty())
+      printDetail(6, note);
+    if (injection.route == InjectionRoute::Arm && waiting == nullptr)
+      armings_.armed(name, "line " + std::to_string(line_));
+    return std::nullopt;
+  }
+
+  Outcome expect(const Words &line) {
+    uint32_t status = 0;
+    const NumberReading reading = readNumber(line[1], UINT32_MAX, status);
+    if (reading != NumberReading::Read && !statusValue(line[1], status))
+      throw BadLine{reading == NumberReading::OutOfRange
+                        ? numberProblem(line[1], reading, UINT32_MAX)
+                        : "'" + line[1] + "' is neither a number nor a status name"};
+    if (!last_)
+      throw BadLine{"expect: no command has called the library yet"};
+    if (*last_ != status)
+      throw ExpectFailed{lastCommand_ + " answered " + statusText(*last_) + ", not " +
+                         statusText(status)};
+    printDetail(2, "expect holds: " + lastCommand_ + " answered " + statusText(status));
+    return std::nullopt;
+  }
+
+  Outcome sleep(const Words &line) {
+    const auto until = std::chrono::steady_clock::now() +
+                       std::chrono::milliseconds(number(line[1], kLongestSleepMs));
+    while (std::chrono::steady_clock::now() < until) {
+      if (cancelled()) {
+        printDetail(0, "\n  sleep: Ctrl-C ended it");
+        break;
+      }
+      std::this_thread::sleep_for(std::min<std::chrono::steady_clock::duration>(
+          kSleepSlice, until - std::chrono::steady_clock::now()));
+    }
+    return std::nullopt;
   }
 
   Session &session_;
   Bus &bus_;
+  bool interactive_;
+  Armings armings_;
+  unsigned line_ = 0;
+  std::optional<CAN_STATUS> last_;
+  std::string lastCommand_;
 };
+
+// The lines of the session: from the terminal (with Ctrl-C dropping a
+// line) or from a file or a pipe. False at the end of input.
+bool nextLine(bool interactive, std::string &text) {
+  if (!interactive)
+    return static_cast<bool>(std::getline(std::cin, text));
+  for (;;) {
+    const LineRead read = readTerminalLine("cansimu> ", text);
+    if (read != LineRead::Interrupted)
+      return read == LineRead::Line;
+  }
+}
 
 int runShell(const Arguments &arguments) {
   Session session(arguments.library, arguments.positional[0]);
   Bus bus(session, readBench(session.configuration()), Voice::Steps);
   const bool interactive = inputIsTerminal();
+  if (interactive)
+    catchInterrupts();
   printStep("CAN_DrvInit(configuration)", session.start(), session.configuration());
   if (interactive)
     std::fputs(kCommandList, stdout);
 
-  Shell shell(session, bus);
+  Shell shell(session, bus, interactive);
+  shell.started();
   std::string text;
-  for (unsigned number = 1;; ++number) {
-    if (!(interactive ? readTerminalLine("cansimu> ", text) : bool(std::getline(std::cin, text))))
-      break;
+  int exitStatus = kExitDone;
+  for (unsigned number = 1; nextLine(interactive, text); ++number) {
     if (!text.empty() && text.back() == '\r')
       text.pop_back();
     const Words line = words(text.substr(0, text.find('#')));
@@ -307,18 +498,26 @@ int runShell(const Arguments &arguments) {
     if (!interactive)
       std::printf("> %s\n", text.c_str());
     try {
-      if (!shell.execute(line))
+      if (!shell.execute(line, number))
         break;
     } catch (const BadLine &bad) {
-      if (!interactive)
-        throw UsageError("line " + std::to_string(number) + ": " + bad.why);
-      printError(bad.why);
+      printError((interactive ? "" : "line " + std::to_string(number) + ": ") + bad.why);
+      if (!interactive) {
+        exitStatus = kExitUsage;
+        break;
+      }
+    } catch (const ExpectFailed &failed) {
+      printError((interactive ? "" : "line " + std::to_string(number) + ": ") + failed.why);
+      if (!interactive) {
+        exitStatus = kExitRefused;
+        break;
+      }
     }
   }
   if (interactive)
     std::fputs("\n", stdout);
   session.end();
-  return kExitDone;
+  return exitStatus;
 }
 
 } // namespace

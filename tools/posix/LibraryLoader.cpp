@@ -1,5 +1,6 @@
 #include "LibraryLoader.h"
 
+#include <cstdlib>
 #include <dlfcn.h>
 
 LibraryLoader::LibraryLoader(const std::string &path) {
@@ -18,3 +19,11 @@ LibraryLoader::~LibraryLoader() {
 void *LibraryLoader::symbol(const char *name) const {
   return handle_ != nullptr ? dlsym(handle_, name) : nullptr;
 }
+
+std::filesystem::path programPath() {
+  std::error_code error;
+  const std::filesystem::path path = std::filesystem::read_symlink("/proc/self/exe", error);
+  return error ? std::filesystem::path() : path;
+}
+
+void setEnvironment(const char *name, const std::string &value) { setenv(name, value.c_str(), 1); }
