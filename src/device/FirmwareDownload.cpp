@@ -57,6 +57,22 @@ bool readImage(const char *path, const ImageLayout &layout, FirmwareVersions &ou
 
 ACE_WString wide(const char *text) { return toWideString(text); }
 
+// Takes the three texts of one kind of image over from `image` into
+// `versions`, all of them or none: the log line is made first, and the texts
+// are swapped in, which cannot fail.
+CAN_STATUS takeOver(FirmwareVersions &image, const ImageLayout &layout, const wchar_t *kind,
+                    const char *path, FirmwareVersions &versions,
+                    ACE_Recursive_Thread_Mutex &lock) {
+  const ACE_WString line = ACE_WString(L"Firmware download: ") + kind + L" image <" + wide(path) +
+                           L">, version <" + wide((image.*layout.version).c_str()) + L">";
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
+  (versions.*layout.version).swap(image.*layout.version);
+  (versions.*layout.date).swap(image.*layout.date);
+  (versions.*layout.checkSum).swap(image.*layout.checkSum);
+  logMessage(line);
+  return E_SUCCESS;
+}
+
 struct FreeMemory {
   void operator()(void *memory) const { std::free(memory); }
 };
@@ -118,29 +134,10 @@ CAN_STATUS SimuDevice::downloadFirmware(const char *path, DownloadResult *result
   // An application image wins over a boot image; each replaces only its own
   // three texts.
   FirmwareVersions image;
-  if (readFirmwareFile(nullptr, path, image)) {
-    const ACE_WString line = ACE_WString(L"Firmware download: application image <") + wide(path) +
-                             ACE_WString(L">, version <") + wide(image.AppVersion.c_str()) +
-                             ACE_WString(L">");
-    ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, valuesLock, E_INVALID);
-    // Swapped in, which cannot fail: the three texts change together.
-    versions.AppVersion.swap(image.AppVersion);
-    versions.AppDate.swap(image.AppDate);
-    versions.AppCheckSum.swap(image.AppCheckSum);
-    logMessage(line);
-    return E_SUCCESS;
-  }
-  if (readFirmwareFile(path, nullptr, image)) {
-    const ACE_WString line = ACE_WString(L"Firmware download: boot image <") + wide(path) +
-                             ACE_WString(L">, version <") + wide(image.BootVersion.c_str()) +
-                             ACE_WString(L">");
-    ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, valuesLock, E_INVALID);
-    versions.BootVersion.swap(image.BootVersion);
-    versions.BootDate.swap(image.BootDate);
-    versions.BootCheckSum.swap(image.BootCheckSum);
-    logMessage(line);
-    return E_SUCCESS;
-  }
+  if (readFirmwareFile(nullptr, path, image))
+    return takeOver(image, kApplicationImage, L"application", path, versions, valuesLock);
+  if (readFirmwareFile(path, nullptr, image))
+    return takeOver(image, kBootImage, L"boot", path, versions, valuesLock);
   if (!ansiFileExists(path))
     logMessage(ACE_WString(L"The file <") + wide(path) + ACE_WString(L"> is unreachable"));
   else

@@ -68,7 +68,8 @@ void SimuPort::readConfiguration(const TDomData &document) {
     const ACE_WString idTx = attributeOf(units[i], L"idTx");
     if (idTx.empty())
       continue;
-    created.push_back(std::make_unique<SimuECU>(hexNumber(idRx), hexNumber(idTx), scenario, negative));
+    created.push_back(
+        std::make_unique<SimuECU>(hexNumber(idRx), hexNumber(idTx), scenario, negative));
   }
 
   ACE_GUARD(ACE_Recursive_Thread_Mutex, guard, lock);
