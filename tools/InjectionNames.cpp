@@ -1,6 +1,7 @@
 #include "InjectionNames.h"
 
 #include "StatusNames.h"
+#include "api/StatusInjection.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,24 +9,6 @@
 #include <vector>
 
 namespace {
-
-// The exports that ask the injection table, each under its own name.
-const char *const kArmableExports[] = {
-    "CAN_DevEnumerate",       "CAN_DevReservation",   "CAN_DevSetMode",
-    "CAN_DevGetMode",         "CAN_DevGetConfig",     "CAN_DevGetTension",
-    "CAN_DevGetVersion",      "CAN_DevSetSleep",      "CAN_DevRunTest",
-    "CAN_DevSndGenericFrame", "CAN_DevAutoConfig",    "CAN_DevAutoConfigRaz",
-    "CAN_DevHC16Reset",       "CAN_DevBoardTeleFirm", "CAN_PrtEnumerate",
-    "CAN_PrtReservation",     "CAN_PrtGetMesPhys",    "CAN_PrtSetVoie",
-    "CAN_PrtSetCanParam",     "CAN_PrtGetCanParam",   "CAN_PrtDetBaudRate",
-    "CAN_PrtSetHardFilt",     "CAN_PrtSetSoftFilt",   "CAN_PrtLoadAssocTable",
-    "CAN_PrtSetParamFlux",    "CAN_PrtRegulationOn",  "CAN_PrtRegulationOff",
-    "CAN_PrtPortGetState",    "CAN_PrtSetSndCycl",    "CAN_PrtActSndCycl",
-    "CAN_PrtUpdSndCycl",      "CAN_PrtDActSndCycl",   "CAN_PrtDelSndCycl",
-    "CAN_PrtCtrlReinit",      "CAN_PrtSendTrame",     "CAN_ChnEnumerate",
-    "CAN_ChnCreate",          "CAN_ChnFree",          "CAN_ChnConfig",
-    "CAN_ChnOpenSession",     "CAN_ChnCloseSession",  "CAN_ChnSendDiag",
-};
 
 // A receive export's level: its name, the event types it queues (ranges,
 // inclusive) and how its type names read.
@@ -133,7 +116,9 @@ bool readValue(const std::string &text, bool (*byName)(const std::string &, uint
 } // namespace
 
 std::vector<std::string> injectableExports() {
-  std::vector<std::string> names(std::begin(kArmableExports), std::end(kArmableExports));
+  size_t count = 0;
+  const char *const *armable = StatusInjection::armableExports(count);
+  std::vector<std::string> names(armable, armable + count);
   for (const Level &level : kLevels)
     names.push_back(level.exportName);
   return names;
@@ -143,9 +128,8 @@ InjectionRoute injectionRoute(const std::string &exportName) {
   for (const Level &level : kLevels)
     if (exportName == level.exportName)
       return level.route;
-  for (const char *armable : kArmableExports)
-    if (exportName == armable)
-      return InjectionRoute::Arm;
+  if (StatusInjection::isArmableExport(exportName.c_str()))
+    return InjectionRoute::Arm;
   return InjectionRoute::Nowhere;
 }
 

@@ -53,6 +53,11 @@ bool StatusInjection::isReceiveName(const char *name) {
   return named(name, "CAN_DrvRxMsg") || named(name, "CAN_DevRxMsg") || named(name, "CAN_PrtRxMsg");
 }
 
+const char *const *StatusInjection::armableExports(size_t &count) {
+  count = sizeof kArmableExports / sizeof kArmableExports[0];
+  return kArmableExports;
+}
+
 bool StatusInjection::isArmableExport(const char *name) {
   for (const char *exportName : kArmableExports)
     if (named(name, exportName))

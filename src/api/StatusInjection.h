@@ -5,6 +5,8 @@
 
 #include <ace/Basic_Types.h>
 
+#include <cstddef>
+
 namespace StatusInjection {
 
 enum class Outcome {
@@ -23,5 +25,7 @@ Outcome injectNext(const char *name, ACE_UINT32 status, ACE_UINT32 detail);
 bool isReceiveName(const char *name);
 // True for the names of the exports that consult the injection table.
 bool isArmableExport(const char *name);
+// Those names, `count` of them, in the order of the interface.
+const char *const *armableExports(size_t &count);
 
 } // namespace StatusInjection

@@ -256,45 +256,51 @@ void SimuChannel::queueAnswer(const CAN_DiagMsg *request, const ACE_WString &res
   event.type = CHN_TYPE_RCV_SUCCESS;
   lookUp(kEventTypes, response, split.typeName, event.type);
   const ResultForm form = resultFormOf(event.type);
-  if (request != nullptr && carriesRequestCopy(event.type)) {
-    event.request = copyOfRequest(*request);
-    if (event.request == nullptr)
-      return;
-  }
-  if (form != ResultForm::None) {
-    auto *result = static_cast<CAN_ChnResult *>(
-        std::calloc(1, form == ResultForm::Frame ? sizeof(CAN_ChnResult) : kShortResultSize));
-    event.data = result;
-    if (result == nullptr) {
+  // The payload is released if anything fails before the queue takes it.
+  try {
+    if (request != nullptr && carriesRequestCopy(event.type)) {
+      event.request = copyOfRequest(*request);
+      if (event.request == nullptr)
+        return;
+    }
+    if (form != ResultForm::None) {
+      auto *result = static_cast<CAN_ChnResult *>(
+          std::calloc(1, form == ResultForm::Frame ? sizeof(CAN_ChnResult) : kShortResultSize));
+      event.data = result;
+      if (result == nullptr) {
+        releasePayload(event);
+        return;
+      }
+      result->resultCode = split.resultCode;
+      result->timestamp = static_cast<ACE_UINT32>(ACE_OS::gethrtime() / 1000u);
+      result->echoByte2 = values.echoByte2;
+      result->echoByte1 = values.echoByte1;
+      result->channelType = channelType;
+      result->echoWord = values.echoWord;
+      result->responderAddress = responder;
+    }
+    if (form == ResultForm::Frame) {
+      auto *result = static_cast<CAN_ChnResult *>(event.data);
+      size_t count = 0;
+      result->frameData = hexToBytes(toAnsi(split.frameText->c_str()).get(), count);
+      if (result->frameData == nullptr) {
+        releasePayload(event);
+        return;
+      }
+      if (count > kMaxFrameBytes) {
+        logMessage(L"[" + identifierText(ecu.idRx) + L"]  Answer to " +
+                   fittedLine(requestText, kLineCapacity) + L" holds " +
+                   ACE_WString(std::to_wstring(count).c_str()) + L" bytes: cut to 4095");
+        count = kMaxFrameBytes;
+      }
+      result->frameLength = static_cast<ACE_UINT16>(count);
+      logMessage(fittedLine({L"Frame [", *split.frameText, L"]"}, kLineCapacity));
+    }
+    // A record the queue refuses is lost, with its payload released.
+    if (events.push(event) != 0)
       releasePayload(event);
-      return;
-    }
-    result->resultCode = split.resultCode;
-    result->timestamp = static_cast<ACE_UINT32>(ACE_OS::gethrtime() / 1000u);
-    result->echoByte2 = values.echoByte2;
-    result->echoByte1 = values.echoByte1;
-    result->channelType = channelType;
-    result->echoWord = values.echoWord;
-    result->responderAddress = responder;
-  }
-  if (form == ResultForm::Frame) {
-    auto *result = static_cast<CAN_ChnResult *>(event.data);
-    size_t count = 0;
-    result->frameData = hexToBytes(toAnsi(split.frameText->c_str()).get(), count);
-    if (result->frameData == nullptr) {
-      releasePayload(event);
-      return;
-    }
-    if (count > kMaxFrameBytes) {
-      logMessage(L"[" + identifierText(ecu.idRx) + L"]  Answer to " +
-                 fittedLine(requestText, kLineCapacity) + L" holds " +
-                 ACE_WString(std::to_wstring(count).c_str()) + L" bytes: cut to 4095");
-      count = kMaxFrameBytes;
-    }
-    result->frameLength = static_cast<ACE_UINT16>(count);
-    logMessage(fittedLine({L"Frame [", *split.frameText, L"]"}, kLineCapacity));
-  }
-  // A record the queue refuses is lost, with its payload released.
-  if (events.push(event) != 0)
+  } catch (...) {
     releasePayload(event);
+    throw;
+  }
 }

@@ -9,27 +9,61 @@
 // the next read on an empty queue wakes at once and finds nothing (-1).
 #pragma once
 
-#include <ace/Event.h>
+#include <ace/OS_NS_Thread.h>
 #include <ace/Recursive_Thread_Mutex.h>
 #include <ace/Time_Value.h>
 #include <ace/Unbounded_Queue.h>
 
 #include <cstddef>
 #include <cstdlib>
+#include <new>
 
 template <class T> class GuardedFifo {
 public:
-  GuardedFifo() : signal_(0 /* auto reset */, 0 /* not signalled */) {}
-  virtual ~GuardedFifo() = default;
+  // ACE's queue allocates a node, and its event the event's state, when they
+  // are made; without memory either is unusable and would fail on first use.
+  // A fifo whose parts could not be made says so (usable() false): it then
+  // refuses every record and a read finds nothing at once. Owners check it
+  // right after construction.
+  GuardedFifo() {
+    eventMade_ =
+        ACE_OS::event_init(&signal_, 0 /* auto reset */, 0 /* not signalled */, USYNC_THREAD) == 0;
+    // ACE's allocator throws where the library installed its own, and
+    // otherwise leaves the queue without its node.
+    try {
+      queue_ = new Queue;
+    } catch (const std::bad_alloc &) {
+      return;
+    }
+    if (!queue_->hasNode()) {
+      ::operator delete(queue_);
+      queue_ = nullptr;
+    }
+  }
+  virtual ~GuardedFifo() {
+    if (eventMade_)
+      ACE_OS::event_destroy(&signal_);
+    delete queue_;
+  }
   GuardedFifo(const GuardedFifo &) = delete;
   GuardedFifo &operator=(const GuardedFifo &) = delete;
+
+  // False when construction ran out of memory.
+  bool usable() const { return queue_ != nullptr && eventMade_; }
 
   // Appends a copy of the record and sets the signal (also when the append
   // failed). 0, or -1 when no memory was left for the list node.
   int push(const T &record) {
+    if (!usable())
+      return -1;
     QueueGuard guard(*this);
-    const int appended = queue_.enqueue_tail(record) == 0 ? 0 : -1;
-    signal_.signal();
+    int appended = -1;
+    try {
+      appended = queue_->enqueue_tail(record) == 0 ? 0 : -1;
+    } catch (const std::bad_alloc &) {
+      // The caller still owns the record and releases it.
+    }
+    ACE_OS::event_signal(&signal_);
     return appended;
   }
 
@@ -37,20 +71,23 @@ public:
   // timeoutMs for a push. 0 = a record was taken, 1 = the wait timed out,
   // -1 = woken but the queue was empty (`out` untouched).
   int popWait(T &out, ACE_UINT32 timeoutMs) {
+    if (!usable())
+      return -1;
     if (!isEmpty()) {
       QueueGuard guard(*this);
-      return queue_.dequeue_head(out) == 0 ? 0 : -1;
+      return queue_->dequeue_head(out) == 0 ? 0 : -1;
     }
     // The wait is computed in 64-bit microseconds so that every 32-bit
     // timeout waits exactly as long as it says.
     const ACE_UINT64 micros = static_cast<ACE_UINT64>(timeoutMs) * 1000u;
     const ACE_Time_Value relative(static_cast<time_t>(micros / 1000000u),
                                   static_cast<suseconds_t>(micros % 1000000u));
-    if (signal_.wait(&relative, 0 /* relative time */) != 0)
+    ACE_Time_Value wait = relative;
+    if (ACE_OS::event_timedwait(&signal_, &wait, 0 /* relative time */) != 0)
       return 1;
     QueueGuard guard(*this);
-    const int taken = queue_.dequeue_head(out) == 0 ? 0 : -1;
-    signal_.reset();
+    const int taken = queue_->dequeue_head(out) == 0 ? 0 : -1;
+    ACE_OS::event_reset(&signal_);
     return taken;
   }
 
@@ -75,12 +112,12 @@ public:
   // Number of records queued.
   size_t pendingCount() {
     QueueGuard guard(*this);
-    return queue_.size();
+    return usable() ? queue_->size() : 0;
   }
 
   bool isEmpty() {
     QueueGuard guard(*this);
-    return queue_.is_empty();
+    return !usable() || queue_->is_empty();
   }
 
   // Removes every queued record, handing each to `release` in queue order,
@@ -88,7 +125,7 @@ public:
   template <class Release> void drain(Release release) {
     QueueGuard guard(*this);
     T record;
-    while (queue_.dequeue_head(record) == 0)
+    while (usable() && queue_->dequeue_head(record) == 0)
       release(record);
   }
 
@@ -109,6 +146,11 @@ private:
     GuardedFifo &fifo_;
   };
 
+  class Queue : public ACE_Unbounded_Queue<T> {
+  public:
+    bool hasNode() const { return this->head_ != nullptr; }
+  };
+
   // A push signals the reader while it still holds queueLock, so a reader
   // woken by it finds queueLock held for the moment the push needs to
   // return. Trying a little before blocking spares that reader a sleep and a
@@ -122,6 +164,8 @@ private:
 
   ACE_Recursive_Thread_Mutex queueLock_;
   ACE_Recursive_Thread_Mutex entryLock_;
-  ACE_Unbounded_Queue<T> queue_;
-  ACE_Event signal_;
+  Queue *queue_ = nullptr;
+  // The auto-reset event that wakes a waiting reader.
+  ACE_event_t signal_;
+  bool eventMade_ = false;
 };

@@ -10,7 +10,10 @@
 void logMessage(const ACE_WString &text) {
   static const ACE_WCHAR_T kSource[] = L"MERIDAX";
   TalvenLog_Static::logInformation_static(kSource, kSource, kSource, text.c_str());
-  if (!SimuDriver::instance()->consoleMode)
+  // A line logged while no driver exists (before the first call that makes
+  // one, or while CAN_DrvEnd destroys it) goes to the logging service only.
+  const SimuDriver *driver = SimuDriver::existing();
+  if (driver == nullptr || !driver->consoleMode)
     return;
   const auto line = toAnsi(text.c_str());
   std::fwrite(line.get(), 1, std::strlen(line.get()), stdout);

@@ -1,6 +1,8 @@
 #include "core/LogText.h"
 
+#include <new>
 #include <string>
+#include <vector>
 
 ACE_WString identifierText(ACE_UINT32 id) {
   static const wchar_t digits[] = L"0123456789abcdef";
@@ -24,18 +26,33 @@ LinePiece::LinePiece(const ACE_WCHAR_T *literal)
     : text(literal), length(std::char_traits<ACE_WCHAR_T>::length(literal)) {}
 
 ACE_WString fittedLine(std::initializer_list<LinePiece> pieces, size_t capacity) {
-  // One string, built in place and returned as it is.
-  ACE_WString line;
+  // The pieces are joined on the stack (a log line's size) and the string
+  // allocated once. ACE's in-place resize writes through a null buffer when
+  // memory runs out, so the line is not built inside the string.
+  ACE_WCHAR_T onStack[512];
+  std::vector<ACE_WCHAR_T> onHeap;
   size_t total = 0;
   for (const LinePiece &piece : pieces)
     total += piece.length;
   const size_t kept = total < capacity ? total : capacity == 0 ? 0 : capacity - 1;
+  ACE_WString line;
   if (kept == 0)
     return line;
-  line.fast_resize(kept);
-  for (const LinePiece &piece : pieces) {
-    const size_t room = kept - line.length();
-    line.append(piece.text, piece.length < room ? piece.length : room);
+  ACE_WCHAR_T *text = onStack;
+  if (kept > sizeof onStack / sizeof onStack[0]) {
+    onHeap.resize(kept);
+    text = onHeap.data();
   }
+  size_t length = 0;
+  for (const LinePiece &piece : pieces) {
+    const size_t room = kept - length;
+    const size_t taken = piece.length < room ? piece.length : room;
+    std::char_traits<ACE_WCHAR_T>::copy(text + length, piece.text, taken);
+    length += taken;
+  }
+  line.set(text, kept, true);
+  // ACE leaves the string empty when it cannot allocate.
+  if (line.length() != kept)
+    throw std::bad_alloc();
   return line;
 }

@@ -5,6 +5,7 @@
 
 #include <ace/OS_NS_stdlib.h>
 
+#include <cerrno>
 #include <cfloat>
 #include <cmath>
 
@@ -22,11 +23,14 @@ ACE_UINT32 hexNumber(const ACE_WString &text) {
 DecimalReading readDecimal(const ACE_WString &text) {
   const ACE_CString narrow = toAnsiString(text);
   char *end = nullptr;
+  errno = 0;
   const double value = classicStrtod(narrow.c_str(), &end);
+  // A number beyond even a double comes back infinite with ERANGE.
+  const bool overflowed = errno == ERANGE && std::isinf(value);
   DecimalReading reading = {0.0f, end != narrow.c_str(), false};
   // Narrowing a finite double beyond the float range is undefined; it reads
   // as the infinity of its sign.
-  if (std::isfinite(value) && std::fabs(value) > FLT_MAX) {
+  if (overflowed || (std::isfinite(value) && std::fabs(value) > FLT_MAX)) {
     reading.beyondFloat = true;
     reading.value = value > 0 ? HUGE_VALF : -HUGE_VALF;
   } else {

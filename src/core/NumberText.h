@@ -16,7 +16,7 @@ ACE_UINT32 hexNumber(const ACE_WString &text);
 struct DecimalReading {
   float value;
   bool isNumber;    // the text begins with a number
-  bool beyondFloat; // the number is finite but no float holds it
+  bool beyondFloat; // the number written is beyond what a float holds
 };
 DecimalReading readDecimal(const ACE_WString &text);
 inline float decimalNumber(const ACE_WString &text) { return readDecimal(text).value; }

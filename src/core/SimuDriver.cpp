@@ -5,15 +5,24 @@
 #include "device/SimuDevice.h"
 #include "platform/TDomData.h"
 
+#include <atomic>
 #include <cstdlib>
+#include <mutex>
+#include <new>
 
 namespace {
-SimuDriver *theDriver = nullptr;
+// Host threads may reach for the driver at once; the first creates it.
+std::atomic<SimuDriver *> theDriver{nullptr};
+std::mutex creationLock;
 ACE_WString *storedPath = nullptr;
 } // namespace
 
 SimuDriver::SimuDriver(const ACE_WString &path)
-    : LecteurXML(path), device(std::make_unique<SimuDevice>()) {}
+    : LecteurXML(path), device(std::make_unique<SimuDevice>()) {
+  // A driver whose queues could not be made for lack of memory is not made.
+  if (!events.usable() || !device->events.usable() || !device->port->events.usable())
+    throw std::bad_alloc();
+}
 
 SimuDriver::~SimuDriver() {
   device.reset();
@@ -22,16 +31,21 @@ SimuDriver::~SimuDriver() {
 }
 
 SimuDriver *SimuDriver::instance() {
-  if (theDriver == nullptr)
+  SimuDriver *driver = theDriver.load();
+  if (driver != nullptr)
+    return driver;
+  std::lock_guard<std::mutex> guard(creationLock);
+  if (theDriver.load() == nullptr)
     theDriver = new SimuDriver(configPath());
-  return theDriver;
+  return theDriver.load();
 }
 
-SimuDriver *SimuDriver::existing() { return theDriver; }
+SimuDriver *SimuDriver::existing() { return theDriver.load(); }
 
 void SimuDriver::end() {
-  delete theDriver;
-  theDriver = nullptr;
+  // The driver stops being the instance before its destruction starts, so
+  // that nothing reached through the instance meets it half destroyed.
+  delete theDriver.exchange(nullptr);
   setConfigPath(ACE_WString());
 }
 

@@ -11,6 +11,7 @@
 
 #include <ace/SString.h>
 
+#include <atomic>
 #include <memory>
 
 class SimuDevice;
@@ -52,7 +53,8 @@ public:
   // Releases a record from rxMsg together with its payload.
   static void freeRxMsg(CAN_EventDrv *event);
 
-  bool consoleMode = false;
+  // Read by every log line, whatever thread writes it.
+  std::atomic<bool> consoleMode{false};
   std::unique_ptr<SimuDevice> device;
   GuardedFifo<CAN_EventDrv> events;
 

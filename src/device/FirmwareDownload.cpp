@@ -6,12 +6,14 @@
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
 
+#include <ace/Guard_T.h>
 #include <ace/OS_NS_stdio.h>
 #include <ace/OS_NS_unistd.h>
 #include <ace/Time_Value.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 
 namespace {
@@ -55,6 +57,26 @@ bool readImage(const char *path, const ImageLayout &layout, FirmwareVersions &ou
 
 ACE_WString wide(const char *text) { return toWideString(text); }
 
+// Takes the three texts of one kind of image over from `image` into
+// `versions`, all of them or none: the log line is made first, and the texts
+// are swapped in, which cannot fail.
+CAN_STATUS takeOver(FirmwareVersions &image, const ImageLayout &layout, const wchar_t *kind,
+                    const char *path, FirmwareVersions &versions,
+                    ACE_Recursive_Thread_Mutex &lock) {
+  const ACE_WString line = ACE_WString(L"Firmware download: ") + kind + L" image <" + wide(path) +
+                           L">, version <" + wide((image.*layout.version).c_str()) + L">";
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lock, E_INVALID);
+  (versions.*layout.version).swap(image.*layout.version);
+  (versions.*layout.date).swap(image.*layout.date);
+  (versions.*layout.checkSum).swap(image.*layout.checkSum);
+  logMessage(line);
+  return E_SUCCESS;
+}
+
+struct FreeMemory {
+  void operator()(void *memory) const { std::free(memory); }
+};
+
 } // namespace
 
 bool readField(FILE *file, long offset, size_t length, ACE_CString &text, bool hexadecimal) {
@@ -69,15 +91,14 @@ bool readField(FILE *file, long offset, size_t length, ACE_CString &text, bool h
     return true;
   }
   size_t count = 0;
-  unsigned char *bytes = hexToBytes(raw.c_str(), count);
-  if (bytes == nullptr)
+  const std::unique_ptr<unsigned char, FreeMemory> bytes(hexToBytes(raw.c_str(), count));
+  if (!bytes)
     return false;
-  const auto *decoded = reinterpret_cast<const char *>(bytes);
+  const auto *decoded = reinterpret_cast<const char *>(bytes.get());
   const void *zero = std::memchr(decoded, 0, count);
   const size_t kept =
       zero == nullptr ? count : static_cast<size_t>(static_cast<const char *>(zero) - decoded);
   text = ACE_CString(decoded, kept);
-  std::free(bytes);
   return true;
 }
 
@@ -113,22 +134,10 @@ CAN_STATUS SimuDevice::downloadFirmware(const char *path, DownloadResult *result
   // An application image wins over a boot image; each replaces only its own
   // three texts.
   FirmwareVersions image;
-  if (readFirmwareFile(nullptr, path, image)) {
-    versions.AppVersion = image.AppVersion;
-    versions.AppDate = image.AppDate;
-    versions.AppCheckSum = image.AppCheckSum;
-    logMessage(ACE_WString(L"Firmware download: application image <") + wide(path) +
-               ACE_WString(L">, version <") + wide(image.AppVersion.c_str()) + ACE_WString(L">"));
-    return E_SUCCESS;
-  }
-  if (readFirmwareFile(path, nullptr, image)) {
-    versions.BootVersion = image.BootVersion;
-    versions.BootDate = image.BootDate;
-    versions.BootCheckSum = image.BootCheckSum;
-    logMessage(ACE_WString(L"Firmware download: boot image <") + wide(path) +
-               ACE_WString(L">, version <") + wide(image.BootVersion.c_str()) + ACE_WString(L">"));
-    return E_SUCCESS;
-  }
+  if (readFirmwareFile(nullptr, path, image))
+    return takeOver(image, kApplicationImage, L"application", path, versions, valuesLock);
+  if (readFirmwareFile(path, nullptr, image))
+    return takeOver(image, kBootImage, L"boot", path, versions, valuesLock);
   if (!ansiFileExists(path))
     logMessage(ACE_WString(L"The file <") + wide(path) + ACE_WString(L"> is unreachable"));
   else

@@ -5,6 +5,7 @@
 #include "platform/CodePage.h"
 #include "platform/TDomData.h"
 
+#include <ace/Guard_T.h>
 #include <ace/OS_NS_stdlib.h>
 #include <ace/OS_NS_unistd.h>
 #include <ace/Time_Value.h>
@@ -98,6 +99,12 @@ SimuDevice::~SimuDevice() {
 }
 
 void SimuDevice::readConfiguration(const TDomData &document) {
+  readOwnElements(document);
+  port->readConfiguration(document);
+}
+
+void SimuDevice::readOwnElements(const TDomData &document) {
+  ACE_GUARD(ACE_Recursive_Thread_Mutex, guard, valuesLock);
   TDomData element;
   // The connection state: "CAN_DEVICESTATE" decides alone when present.
   if (firstElement(document, L"CAN_DEVICESTATE", element) ||
@@ -149,13 +156,11 @@ void SimuDevice::readConfiguration(const TDomData &document) {
     if (!value.empty())
       simulateUploadFailure = ACE_OS::strtol(toAnsiString(value).c_str(), nullptr, 10) != 0;
   }
-
-  port->readConfiguration(document);
 }
 
 CAN_STATUS SimuDevice::reserve(const char *name, void **handle) {
   *handle = nullptr;
-  if (toWideString(name) != serialNumber) {
+  if (!isNamed(name)) {
     logMessage(ACE_WString(L"CAN_DevReservation: no device is named <") + toWideString(name) +
                ACE_WString(L">"));
     return E_NOT_FOUND;
@@ -164,9 +169,17 @@ CAN_STATUS SimuDevice::reserve(const char *name, void **handle) {
     return E_ALREADY_RESERVED;
   if (!connected)
     return E_DISCONNECTED;
-  reserved = true;
+  bool wasReserved = false;
+  if (!reserved.compare_exchange_strong(wasReserved, true))
+    return E_ALREADY_RESERVED;
   *handle = this;
   return E_SUCCESS;
+}
+
+bool SimuDevice::isNamed(const char *name) const {
+  const ACE_WString asked = toWideString(name);
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, valuesLock, false);
+  return asked == serialNumber;
 }
 
 CAN_STATUS SimuDevice::enumeratePorts(CAN_EnumList &list) const {
@@ -217,6 +230,7 @@ CAN_STATUS SimuDevice::getConfig(CAN_ConfigDev &record, bool checkConnected) con
   if (ports == nullptr)
     return E_INVALID;
   port->describe(*ports);
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, valuesLock, E_INVALID);
   copyVersions(record, versions);
   record.count = 1;
   record.ports = ports;
@@ -226,6 +240,7 @@ CAN_STATUS SimuDevice::getConfig(CAN_ConfigDev &record, bool checkConnected) con
 CAN_STATUS SimuDevice::getTension(CAN_TensionDev &record, bool checkConnected) const {
   if (checkConnected && !connected)
     return E_DISCONNECTED;
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, valuesLock, E_INVALID);
   record.resultByte = 0;
   record.batteryVoltage = batteryVoltage;
   record.apcKelmora = apcKelmora;
@@ -236,6 +251,7 @@ CAN_STATUS SimuDevice::getTension(CAN_TensionDev &record, bool checkConnected) c
 CAN_STATUS SimuDevice::getVersion(CAN_VersionDev &record) const {
   if (!connected)
     return E_DISCONNECTED;
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, valuesLock, E_INVALID);
   copyVersions(record, versions);
   return E_SUCCESS;
 }
@@ -388,6 +404,7 @@ void SimuDevice::setConnected(bool state) {
 
 void SimuDevice::describe(CAN_EnumDev &record) const {
   std::memset(&record, 0, sizeof record);
+  ACE_GUARD(ACE_Recursive_Thread_Mutex, guard, valuesLock);
   const auto name = toAnsi(serialNumber.c_str());
   const size_t length = std::min<size_t>(std::strlen(name.get()), sizeof record.name - 1);
   std::memcpy(record.name, name.get(), length);

@@ -13,8 +13,10 @@
 #include "device/FirmwareVersions.h"
 #include "port/SimuPort.h"
 
+#include <ace/Recursive_Thread_Mutex.h>
 #include <ace/SString.h>
 
+#include <atomic>
 #include <memory>
 
 class TDomData;
@@ -75,24 +77,33 @@ public:
   // Sets the host-visible connection state, port first.
   void setConnected(bool state);
 
+  // True when `name` is the device's serial number.
+  bool isNamed(const char *name) const;
+
   // Fills a host device record: name (the serial number, at most 127 bytes,
   // zero-terminated), reserved flag, disconnected flag; every other byte 0.
   void describe(CAN_EnumDev &record) const;
 
+  // Configuration reads (on the host thread in CAN_DrvRxMsg) write what host
+  // calls on other threads read: the values below are guarded by
+  // valuesLock, the flags are atomic.
+  mutable ACE_Recursive_Thread_Mutex valuesLock;
   float batteryVoltage = 0.0f;
   float apcKelmora = 0.0f;
   float apcDravik = 0.0f;
-  bool configuredConnected = true;
-  bool connected = true;
-  bool reserved = false;
-  bool simulateUploadFailure = false;
-  ACE_UINT32 mode = 0;
   ACE_WString serialNumber;
   FirmwareVersions versions;
+  std::atomic<bool> configuredConnected{true};
+  std::atomic<bool> connected{true};
+  std::atomic<bool> reserved{false};
+  std::atomic<bool> simulateUploadFailure{false};
+  std::atomic<ACE_UINT32> mode{0};
   std::unique_ptr<SimuPort> port;
   GuardedFifo<CAN_EventDev> events;
 
 private:
+  // The device's own elements of the configuration, under valuesLock.
+  void readOwnElements(const TDomData &document);
   // Queues an event carrying `payload` (malloc'd, or null); on refusal the
   // payload is released and false returned.
   bool queueEvent(ACE_UINT32 type, void *payload);

@@ -1,5 +1,6 @@
 #include "ecu/Scenario.h"
 
+#include "core/CheckedArray.h"
 #include "core/LogMessage.h"
 #include "platform/TDomData.h"
 
@@ -101,7 +102,7 @@ void Scenario::readEvent(const ACE_WString &path, const TDomData &event, size_t 
   if (list == nullptr)
     return;
   // The responses written last replace whatever the entry held.
-  list->responses.size(frames.size());
+  resizeArray(list->responses, frames.size());
   for (size_t i = 0; i < frames.size(); ++i)
     frames[i].getContent(list->responses[i]);
   list->cursor = 0;

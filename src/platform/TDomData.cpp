@@ -4,6 +4,7 @@
 #include "platform/FileSystem.h"
 
 #include <cstring>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -90,12 +91,13 @@ bool TDomData::getSubNodesByTagName(const ACE_WString &tagName, ACE_Array<TDomDa
       if (node.type() != pugi::node_element || std::strcmp(name_.c_str(), node.name()) != 0)
         return true;
       // The array grows by doubling: a document's thousands of events are
-      // not copied over once per element found.
-      if (count == out_.max_size())
-        out_.max_size(count < 4 ? 4 : 2 * count);
-      // Without memory for one more the search ends with what it found.
+      // not copied over once per element found. ACE reports an array that
+      // could not grow only through the result; a search that found less
+      // than there is must not look complete.
+      if (count == out_.max_size() && out_.max_size(count < 4 ? 4 : 2 * count) != 0)
+        throw std::bad_alloc();
       if (out_.size(count + 1) != 0)
-        return false;
+        throw std::bad_alloc();
       out_[count++] = TDomData(owner_.document_, node);
       return true;
     }

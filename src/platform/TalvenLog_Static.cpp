@@ -6,8 +6,10 @@
 #include <mutex>
 
 namespace {
-std::mutex &observerLock() {
-  static std::mutex lock;
+// Recursive, so that an observer may itself log; setObserver waits for a
+// call in progress, so an observer is never called after its removal.
+std::recursive_mutex &observerLock() {
+  static std::recursive_mutex lock;
   return lock;
 }
 TalvenLog_Static::Observer &observerSlot() {
@@ -25,12 +27,12 @@ void TalvenLog_Static::logInformation_static(const ACE_WCHAR_T *source, const AC
     source = empty;
   writeToSystemLog(source, text);
   LogFile::append(source, text);
-  std::lock_guard<std::mutex> guard(observerLock());
+  std::lock_guard<std::recursive_mutex> guard(observerLock());
   if (observerSlot())
     observerSlot()(text);
 }
 
 void TalvenLog_Static::setObserver(Observer observer) {
-  std::lock_guard<std::mutex> guard(observerLock());
+  std::lock_guard<std::recursive_mutex> guard(observerLock());
   observerSlot() = std::move(observer);
 }

@@ -5,6 +5,7 @@
 // and the ECUs of earlier reads stay.
 #include "port/SimuPort.h"
 
+#include "core/CheckedArray.h"
 #include "core/NumberText.h"
 #include "ecu/SimuECU.h"
 #include "platform/TDomData.h"
@@ -40,7 +41,8 @@ void SimuPort::readConfiguration(const TDomData &document) {
   // scenarios, before the port's lock is taken: the host's calls wait only
   // for the values to be stored.
   const ACE_Array<TDomData> detection = elementsNamed(document, L"DETBAUDRATE");
-  ACE_Array<ACE_WString> script(detection.size());
+  ACE_Array<ACE_WString> script;
+  resizeArray(script, detection.size());
   for (size_t i = 0; i < detection.size(); ++i)
     detection[i].getContent(script[i]);
 
@@ -66,12 +68,13 @@ void SimuPort::readConfiguration(const TDomData &document) {
     const ACE_WString idTx = attributeOf(units[i], L"idTx");
     if (idTx.empty())
       continue;
-    created.emplace_back(new SimuECU(hexNumber(idRx), hexNumber(idTx), scenario, negative));
+    created.push_back(
+        std::make_unique<SimuECU>(hexNumber(idRx), hexNumber(idTx), scenario, negative));
   }
 
   ACE_GUARD(ACE_Recursive_Thread_Mutex, guard, lock);
   if (detection.size() != 0)
-    baudRateResults = script;
+    assignArray(baudRateResults, script);
   if (voltages.size() != 0)
     readDecimalAttribute(voltages[0], L"VBatt", batteryVoltage);
   if (measures.size() != 0) {

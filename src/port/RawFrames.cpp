@@ -29,8 +29,8 @@ void logFrameLine(ACE_UINT32 id, const wchar_t *what, const ACE_WString &text = 
   logMessage(fittedLine({L"[", identifierText(id), L"]  ", what, text}, kFrameLineCapacity));
 }
 
-struct FreeBytes {
-  void operator()(unsigned char *bytes) const { std::free(bytes); }
+struct FreeMemory {
+  void operator()(void *memory) const { std::free(memory); }
 };
 
 } // namespace
@@ -66,12 +66,14 @@ CAN_STATUS SimuPort::sendTrame(const CAN_FramePort &frame) {
 }
 
 bool SimuPort::enqueueResponse(ACE_UINT32 canId, const ACE_WString &response) {
-  auto *frame = static_cast<CAN_FramePort *>(std::calloc(1, sizeof(CAN_FramePort)));
+  // Owned here until the queue takes it, so that a failure on the way
+  // releases it.
+  std::unique_ptr<CAN_FramePort, FreeMemory> frame(
+      static_cast<CAN_FramePort *>(std::calloc(1, sizeof(CAN_FramePort))));
   size_t count = 0;
-  std::unique_ptr<unsigned char, FreeBytes> bytes(
-      frame != nullptr ? hexToBytes(toAnsi(response.c_str()).get(), count) : nullptr);
+  std::unique_ptr<unsigned char, FreeMemory> bytes(
+      frame ? hexToBytes(toAnsi(response.c_str()).get(), count) : nullptr);
   if (!bytes) {
-    std::free(frame);
     logFrameLine(canId, L"Response not enqueued on port");
     return false;
   }
@@ -84,7 +86,7 @@ bool SimuPort::enqueueResponse(ACE_UINT32 canId, const ACE_WString &response) {
   }
   frame->length = static_cast<ACE_UINT32>(count);
   std::memcpy(frame->bytes, bytes.get(), count);
-  if (!queueEvent(PRT_TYPE_FRAME, frame)) {
+  if (!queueEvent(PRT_TYPE_FRAME, frame.release())) {
     logFrameLine(canId, L"Response not enqueued on port");
     return false;
   }

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <string>
 
@@ -60,7 +61,11 @@ ACE_WString decimal(size_t value) { return ACE_WString(std::to_wstring(value).c_
 
 } // namespace
 
-SimuPort::SimuPort() : ecuByIdTx(kEcuBuckets) {}
+SimuPort::SimuPort() : ecuByIdTx(kEcuBuckets) {
+  // ACE's table is left without buckets when they cannot be allocated.
+  if (ecuByIdTx.total_size() == 0)
+    throw std::bad_alloc();
+}
 
 SimuPort::~SimuPort() {
   assocEntries.reset();
@@ -199,7 +204,8 @@ CAN_STATUS SimuPort::loadAssocTable(const CAN_AssocTable &table, AssocResult &re
   }
   // Copied before the held table is released, so a refusal keeps it.
   std::unique_ptr<CAN_AssocEntry[]> copy;
-  if (table.count <= SIZE_MAX / sizeof(CAN_AssocEntry))
+  const ACE_UINT64 bytes = static_cast<ACE_UINT64>(table.count) * sizeof(CAN_AssocEntry);
+  if (bytes <= std::numeric_limits<size_t>::max())
     copy.reset(new (std::nothrow) CAN_AssocEntry[table.count]);
   if (!copy) {
     logMessage(L"CAN_PrtLoadAssocTable: no memory for a table of " + decimal(table.count) +
@@ -255,6 +261,8 @@ CAN_STATUS SimuPort::createChannel(ACE_UINT32 type, void **handle) {
   if (type == CHN_BROADCAST && !channels.empty())
     return E_CHANNEL_REFUSED;
   std::unique_ptr<SimuChannel> channel(new SimuChannel(*this, type));
+  if (!channel->events.usable())
+    return E_INVALID;
   channels.insert(channel.get());
   *handle = channel.release();
   return E_SUCCESS;

@@ -89,6 +89,10 @@ private:
 TEST(CliInterrupt, CtrlC_DropsTheLineAndEndsAWaitAndTheSessionGoesOn) {
   Terminal terminal;
   ASSERT_TRUE(terminal.waitFor("cansimu> ")) << terminal.output();
+  // The line editor puts the terminal in its own mode after the prompt; keys
+  // typed before that are the terminal driver's, which a person cannot be
+  // quick enough to meet.
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
   terminal.type("verz\x03");
   ASSERT_TRUE(terminal.waitFor("cansimu> ")) << "Ctrl-C gives a fresh prompt:\n"
                                              << terminal.output();

@@ -1,6 +1,5 @@
 // The CAN_Dev* exports as a host calls them.
 #include "DeviceFixture.h"
-#include "support/NullChecks.h"
 
 #include <chrono>
 #include <cstring>
@@ -10,39 +9,6 @@
 
 using namespace device_test;
 using DeviceExports = DeviceTest;
-
-// A null pointer is refused before the injection step, so the status armed
-// for the export still answers its next call.
-TEST_F(DeviceExports, EachNullPointerGets21AndLeavesTheArmedStatusForTheNextCall) {
-  CAN_DEV_HANDLE device = reservedDevice();
-  CAN_DEV_HANDLE out = nullptr;
-  CAN_EnumList list = {};
-  CAN_EventDev *event = nullptr;
-  uint32_t pending = 0;
-  const void *frame = &list;
-  EXPECT_NULLS_REFUSED(21, CAN_DevEnumerate, &list);
-  EXPECT_NULLS_REFUSED(21, CAN_DevReservation, kSerial, &out);
-  EXPECT_NULLS_REFUSED(21, CAN_DevSetMode, device, 1u, &detail);
-  EXPECT_NULLS_REFUSED(21, CAN_DevGetMode, device, &mode);
-  EXPECT_NULLS_REFUSED(21, CAN_DevGetConfig, device, &config);
-  EXPECT_NULLS_REFUSED(21, CAN_DevGetTension, device, &tension);
-  EXPECT_NULLS_REFUSED(21, CAN_DevGetVersion, device, &version);
-  EXPECT_NULLS_REFUSED(21, CAN_DevSetSleep, device);
-  EXPECT_NULLS_REFUSED(21, CAN_DevSndGenericFrame, device, frame);
-  EXPECT_NULLS_REFUSED(21, CAN_DevAutoConfig, device);
-  EXPECT_NULLS_REFUSED(21, CAN_DevAutoConfigRaz, device);
-  EXPECT_NULLS_REFUSED(21, CAN_DevHC16Reset, device);
-  EXPECT_NULLS_REFUSED(21, CAN_DevBoardTeleFirm, device, "f", &result);
-  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_DevFree, device);
-  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_DevEndFifo, device);
-  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_DevRxMsg, device, &event, &pending, 0u);
-  EXPECT_EQ(CAN_DevRxMsg(device, &event, &pending, 0), E_INVALID)
-      << "the timeout after the pointers";
-  // The one mixed case: 21 for the handle, 4 for the result.
-  EXPECT_EQ(CAN_DevRunTest(nullptr, 0, nullptr), E_NULL_POINTER);
-  EXPECT_EQ(CAN_DevRunTest(device, 0, nullptr), E_INVALID);
-  EXPECT_EQ(CAN_DevFreeRxMsg(nullptr), E_SUCCESS);
-}
 
 // The first serial number names the device, and a read without one keeps
 // it. The enumeration record holds 127 bytes of it and its terminator; the

@@ -15,3 +15,16 @@ TEST(Logging, LogMessageHandsEachLineToTheServiceAsPlainTextAndNothingToStandard
   EXPECT_EQ(log.lines(),
             (std::vector<std::string>{"100% of %s at %n", toAnsi(L"second line \xE9").get()}));
 }
+
+// An observer may log itself (a test's capture that reports what it saw).
+TEST(Logging, AnObserverThatLogsDoesNotDeadlock) {
+  std::vector<std::string> seen;
+  TalvenLog_Static::setObserver([&](const ACE_WCHAR_T *text) {
+    seen.emplace_back(toAnsi(text).get());
+    if (seen.size() == 1)
+      logMessage(L"seen by the observer");
+  });
+  logMessage(L"first");
+  TalvenLog_Static::setObserver(nullptr);
+  EXPECT_EQ(seen, (std::vector<std::string>{"first", "seen by the observer"}));
+}

@@ -2,7 +2,6 @@
 // reservation, and the records the port fills byte for byte.
 #include "port/SimuPort.h"
 #include "support/BusFixture.h"
-#include "support/NullChecks.h"
 
 #include <cstring>
 #include <functional>
@@ -10,56 +9,6 @@
 
 using namespace bus_test;
 using PortExports = BusTest;
-
-// Every pointer is tested before the injection step: an armed status
-// survives each refused call. The receive exports have no injection step.
-TEST_F(PortExports, EachNullPointerGets21BeforeTheInjectionStep) {
-  start("");
-  CAN_EnumList list = {};
-  CAN_PRT_HANDLE out = nullptr;
-  CAN_MesPhysPort measures;
-  CAN_ParamPort params = {};
-  CAN_BaudSearchPort search = {};
-  CAN_BaudFoundPort found;
-  CAN_AssocTable table = {};
-  AssocResult result;
-  CAN_StatePort state;
-  CAN_FramePort frame = {};
-  CAN_EventPort *event = nullptr;
-  uint32_t pending = 0;
-  const void *some = &list;
-  uint8_t *d = &detail;
-  EXPECT_NULLS_REFUSED(21, CAN_PrtEnumerate, device, &list);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtReservation, device, 96u, &out);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtGetMesPhys, port, &measures);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtSetVoie, port, 1u, d);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtSetCanParam, port, &params);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtGetCanParam, port, &params);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtDetBaudRate, port, &search, &found);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtSetHardFilt, port, some, d);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtSetSoftFilt, port, some, d);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtLoadAssocTable, port, &table, &result);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtSetParamFlux, port, some, 0u);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtRegulationOn, port, 0u, some);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtRegulationOff, port, some);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtPortGetState, port, &state);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtSetSndCycl, port, some, 0u, d);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtActSndCycl, port, 0u, d);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtUpdSndCycl, port, some, d);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtDActSndCycl, port, 0u, d);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtDelSndCycl, port, 0u, d);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtCtrlReinit, port, some);
-  EXPECT_NULLS_REFUSED(21, CAN_PrtSendTrame, port, &frame, d);
-  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_PrtFree, port);
-  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_PrtEndFifo, port);
-  EXPECT_NULLS_REFUSED_UNARMED(21, CAN_PrtRxMsg, port, &event, &pending, 0u);
-  EXPECT_EQ(CAN_PrtRxMsg(port, &event, &pending, 0), E_INVALID) << "the timeout after the pointers";
-  EXPECT_EQ(CAN_PrtFreeRxMsg(nullptr), E_SUCCESS);
-  // An armed detail goes to the first byte of the record that receives it.
-  setNextCANStatus("CAN_PrtGetCanParam", 7, 3);
-  EXPECT_EQ(CAN_PrtGetCanParam(port, &params), E_DISCONNECTED);
-  EXPECT_EQ(params.resultByte, 3);
-}
 
 // Disconnected comes before the mode; each operation has the mode it needs.
 TEST_F(PortExports, ModeGatesEachOperationAfterTheConnection) {

@@ -1,0 +1,240 @@
+// A host's threads all at once: a reader blocked on every queue, senders on
+// several channels, raw frames, a harness arming statuses and injecting
+// events, and a tester rewriting the configuration and the scenarios so
+// that re-reads happen under traffic. Every answer and every injected event
+// must arrive exactly once; under ThreadSanitizer nothing may race.
+#include "support/BusFixture.h"
+
+#include <atomic>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace bus_test;
+
+namespace {
+
+const int kRequests = 400;   // per sender
+const int kFrames = 400;     // raw frames
+const int kInjections = 200; // per queue level
+const int kRewrites = 60;
+
+// Counts what one reader took, by event type and frame text.
+struct Tally {
+  std::mutex lock;
+  std::map<std::string, int> counts;
+  void add(const std::string &key) {
+    std::lock_guard<std::mutex> guard(lock);
+    ++counts[key];
+  }
+  int of(const std::string &key) {
+    std::lock_guard<std::mutex> guard(lock);
+    return counts.count(key) != 0 ? counts[key] : 0;
+  }
+};
+
+// Saves a file as an editor does, whole and at once: the library never reads
+// it half written, and its modification time only moves forward.
+void replaceFile(const std::string &path, const std::string &content, long long time) {
+  const std::string fresh = path + ".new";
+  writeFile(fresh, content);
+  setModificationTime(fresh, time);
+  // Windows refuses the rename while the library has the file open.
+  std::error_code failed;
+  for (int attempt = 0; attempt < 1000; ++attempt) {
+    std::filesystem::rename(fresh, path, failed);
+    if (!failed)
+      return;
+    std::this_thread::yield();
+  }
+  FAIL() << "cannot replace " << path << ": " << failed.message();
+}
+
+std::string hex(const uint8_t *bytes, size_t count) {
+  static const char digits[] = "0123456789ABCDEF";
+  std::string text;
+  for (size_t i = 0; i < count; ++i)
+    text += {digits[bytes[i] >> 4], digits[bytes[i] & 0xF]};
+  return text;
+}
+
+class Stress : public BusTest {
+protected:
+  std::string scenarioXml(const std::string &answer) {
+    return ScenarioFile().event("3E00", {answer}).event("2201", {answer + "01"}).xml();
+  }
+  std::string units() {
+    std::string xml;
+    const char *ids[][3] = {{"a", "7E0", "7E8"}, {"b", "7E1", "7E9"}, {"c", "7E2", "7EA"}};
+    for (const auto &id : ids)
+      xml += "<UCE scenario='" + dir.file(std::string(id[0]) + ".xml") +
+             "' targetAddress='1' idTx='" + id[1] + "' idRx='" + id[2] + "'/>";
+    return xml;
+  }
+  // Each ECU answers with its own text, the same at every rewrite.
+  void writeScenarios(long long time) {
+    const char *answers[][2] = {{"a", "7E00"}, {"b", "7E01"}, {"c", "7E02"}};
+    for (const auto &answer : answers) {
+      const std::string path = dir.file(std::string(answer[0]) + ".xml");
+      replaceFile(path, scenarioXml(answer[1]), time);
+    }
+  }
+};
+
+} // namespace
+
+TEST_F(Stress, EveryAnswerAndInjectedEventArrivesOnceWhileFilesChangeUnderTraffic) {
+  writeScenarios(fileTime);
+  start(units(), 1);
+  const std::vector<CAN_AssocEntry> entries = {{{}, 0x10, {}, 0x7E0, 0x7E8, 0},
+                                               {{}, 0x11, {}, 0x7E1, 0x7E9, 0},
+                                               {{}, 0x12, {}, 0x7E2, 0x7EA, 0}};
+  const CAN_AssocTable table = {3, const_cast<CAN_AssocEntry *>(entries.data())};
+  AssocResult result;
+  ASSERT_EQ(CAN_PrtLoadAssocTable(port, &table, &result), E_SUCCESS);
+  // The broadcast channel first (it takes every free ECU), then one-to-one
+  // channels that find their ECUs through the table.
+  CAN_CHN_HANDLE channels[3] = {};
+  const uint32_t types[3] = {CHN_BROADCAST, CHN_ONE_TO_ONE, CHN_ONE_TO_ONE};
+  const uint8_t addresses[3] = {0, 0x10, 0x11};
+  for (int i = 0; i < 3; ++i) {
+    ASSERT_EQ(CAN_ChnCreate(port, types[i], 0, &channels[i]), E_SUCCESS);
+    CAN_ChnConfigRec config = {};
+    config.ecuAddress = addresses[i];
+    ASSERT_EQ(CAN_ChnConfig(channels[i], &config), E_SUCCESS);
+    ASSERT_EQ(CAN_ChnOpenSession(channels[i]), E_SUCCESS);
+  }
+  ASSERT_EQ(CAN_DevSetMode(device, 2, &detail), E_SUCCESS);
+
+  std::vector<std::thread> readers;
+  Tally driver, box, bus, chn[3];
+  readers.emplace_back([&] {
+    for (;;) {
+      CAN_EventDrv *event = nullptr;
+      uint32_t pending = 0;
+      if (CAN_DrvRxMsg(&event, &pending, 50) != E_SUCCESS)
+        continue;
+      const uint32_t type = event->type;
+      CAN_DrvFreeRxMsg(event);
+      if (type == 0)
+        return;
+      driver.add(std::to_string(type));
+    }
+  });
+  readers.emplace_back([&] {
+    for (;;) {
+      CAN_EventDev *event = nullptr;
+      uint32_t pending = 0;
+      if (CAN_DevRxMsg(device, &event, &pending, 50) != E_SUCCESS)
+        continue;
+      const uint32_t type = event->type;
+      CAN_DevFreeRxMsg(event);
+      if (type == 0)
+        return;
+      box.add(std::to_string(type));
+    }
+  });
+  readers.emplace_back([&] {
+    for (;;) {
+      CAN_EventPort *event = nullptr;
+      uint32_t pending = 0;
+      if (CAN_PrtRxMsg(port, &event, &pending, 50) != E_SUCCESS)
+        continue;
+      const uint32_t type = event->type;
+      std::string key = std::to_string(type);
+      if (type == PRT_TYPE_FRAME) {
+        const auto *frame = static_cast<CAN_FramePort *>(event->data);
+        key = "frame " + hex(frame->bytes, frame->length);
+      }
+      CAN_PrtFreeRxMsg(event);
+      if (type == 0)
+        return;
+      bus.add(key);
+    }
+  });
+  for (int i = 0; i < 3; ++i)
+    readers.emplace_back([&, i] {
+      for (;;) {
+        CAN_EventChn *event = nullptr;
+        uint32_t pending = 0;
+        if (CAN_ChnRxMsg(channels[i], &event, &pending, 50) != E_SUCCESS)
+          continue;
+        const uint32_t type = event->type;
+        std::string key = std::to_string(type);
+        if (type == CHN_TYPE_RCV_SUCCESS) {
+          const auto *answer = static_cast<CAN_ChnResult *>(event->data);
+          key = hex(answer->frameData, answer->frameLength);
+        }
+        CAN_ChnFreeRxMsg(event);
+        if (type == 0)
+          return;
+        chn[i].add(key);
+      }
+    });
+
+  std::vector<std::thread> workers;
+  std::atomic<int> refused{0};
+  for (int i = 0; i < 3; ++i)
+    workers.emplace_back([&, i] {
+      uint8_t bytes[2] = {0x3E, 0x00};
+      const CAN_DiagMsg request = {0, 2, bytes};
+      for (int n = 0; n < kRequests; ++n)
+        if (CAN_ChnSendDiag(channels[i], &request) != E_SUCCESS)
+          ++refused;
+    });
+  workers.emplace_back([&] {
+    const CAN_FramePort frame = {0x7E2, 0, 0, 2, {0x22, 0x01}, 0};
+    uint8_t frameDetail = 0;
+    for (int n = 0; n < kFrames; ++n)
+      if (CAN_PrtSendTrame(port, &frame, &frameDetail) != E_SUCCESS)
+        ++refused;
+  });
+  workers.emplace_back([&] {
+    CAN_StatePort state;
+    for (int n = 0; n < kInjections; ++n) {
+      setNextCANStatus("CAN_DrvRxMsg", 100, n);
+      setNextCANStatus("CAN_DevRxMsg", DEV_TYPE_STATUS, n);
+      setNextCANStatus("CAN_PrtRxMsg", 300, n);
+      setNextCANStatus("CAN_PrtPortGetState", 77, 0);
+      if (CAN_PrtPortGetState(port, &state) != 77u)
+        ++refused;
+    }
+  });
+  workers.emplace_back([&] {
+    for (int n = 0; n < kRewrites; ++n) {
+      ++fileTime;
+      replaceFile(configPath, bench(units() + (n % 2 == 0 ? "<VOLTAGES VBatt='12.5'/>" : "")).xml(),
+                  fileTime);
+      writeScenarios(fileTime);
+      std::this_thread::yield();
+    }
+  });
+  for (auto &worker : workers)
+    worker.join();
+
+  // Every queue gets its end marker; the channels' sessions close first.
+  EXPECT_EQ(CAN_DrvEndFifo(), E_SUCCESS);
+  EXPECT_EQ(CAN_DevEndFifo(device), E_SUCCESS);
+  EXPECT_EQ(CAN_PrtEndFifo(port), E_SUCCESS);
+  for (CAN_CHN_HANDLE channel : channels) {
+    EXPECT_EQ(CAN_ChnCloseSession(channel), E_SUCCESS);
+    EXPECT_EQ(CAN_ChnEndFifo(channel), E_SUCCESS);
+  }
+  for (auto &reader : readers)
+    reader.join();
+
+  EXPECT_EQ(refused, 0);
+  EXPECT_GT(simuPort().freeEcuCount(), 0u) << "the configuration was re-read under traffic";
+  EXPECT_EQ(driver.of("100"), kInjections);
+  EXPECT_EQ(box.of(std::to_string(DEV_TYPE_STATUS)), kInjections);
+  EXPECT_EQ(bus.of("300"), kInjections);
+  EXPECT_EQ(bus.of("frame 7E0201"), kFrames) << "the table keeps the first ECU on 0x7E2";
+  for (const char *answer : {"7E00", "7E01", "7E02"})
+    EXPECT_EQ(chn[0].of(answer), kRequests) << answer;
+  EXPECT_EQ(chn[0].of(std::to_string(CHN_TYPE_END_OF_RCV)), kRequests + 1) << "and the opening";
+  EXPECT_EQ(chn[1].of("7E00"), kRequests);
+  EXPECT_EQ(chn[2].of("7E01"), kRequests);
+}
