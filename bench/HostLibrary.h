@@ -3,6 +3,7 @@
 // through this, never through the library's internals.
 #pragma once
 
+#include "LibraryLoader.h"
 #include "cansimu/cansimu.h"
 
 #include <string>
@@ -36,5 +37,5 @@ public:
 private:
   template <class F> void resolve(F &slot, const char *name);
 
-  void *handle_ = nullptr;
+  LibraryLoader library_;
 };
