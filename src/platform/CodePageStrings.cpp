@@ -1,7 +1,6 @@
-// String-typed wrappers shared by both platforms' code-page conversions.
-// ACE strings that cannot get memory are left without any text (a null
-// c_str()); these wrappers report that as std::bad_alloc instead of handing
-// such a string on.
+// String-typed wrappers shared by both platforms' code-page conversions. A
+// conversion without memory is reported as std::bad_alloc, as ACE's own
+// allocations are.
 #include "platform/CodePage.h"
 
 #include <cstring>
@@ -9,14 +8,10 @@
 #include <new>
 
 ACE_CString toAnsiString(const ACE_WString &wide) {
-  static const ACE_WCHAR_T empty[] = {0};
-  const auto narrow = toAnsi(wide.c_str() != nullptr ? wide.c_str() : empty);
+  const auto narrow = toAnsi(wide.c_str());
   if (!narrow)
     throw std::bad_alloc();
-  ACE_CString result(narrow.get(), std::strlen(narrow.get()));
-  if (result.c_str() == nullptr)
-    throw std::bad_alloc();
-  return result;
+  return ACE_CString(narrow.get(), std::strlen(narrow.get()));
 }
 
 ACE_WString toWideString(const char *narrow) {
@@ -25,8 +20,5 @@ ACE_WString toWideString(const char *narrow) {
   const auto wide = toWide(narrow);
   if (!wide)
     throw std::bad_alloc();
-  ACE_WString result(wide.get(), std::wcslen(wide.get()));
-  if (result.c_str() == nullptr)
-    throw std::bad_alloc();
-  return result;
+  return ACE_WString(wide.get(), std::wcslen(wide.get()));
 }
