@@ -304,7 +304,11 @@ class Session:
     def channel(self, ecu):
         """A one-to-one channel to an ECU of the association table, its
         session open."""
-        return Channel(self, self.ecu(ecu))
+        found = self.ecu(ecu)
+        if not found.addressed:
+            raise CansimuError(f"ECU {found} has no one-byte targetAddress, so it is not in "
+                               "the host's association table: no channel reaches it")
+        return Channel(self, found)
 
     def broadcast(self, start=b""):
         """A broadcast channel to every free ECU, its session open (which
