@@ -1,8 +1,9 @@
 # Install layout and installable packages, built with CPack (./dev package):
 #   Linux: one .deb with the library, its header, the cansimu program, the
-#     examples and the README, under /usr.
+#     Python package, the examples and the README, under /usr.
 #   Windows: cansimu-VERSION-win32.zip or -win64.zip, holding the DLL beside
-#     cansimu.exe (where LoadLibrary finds it), examples/ and README.txt. The
+#     cansimu.exe (where LoadLibrary finds it), the Python package's folder
+#     cansimu/, examples/ and README.txt. The
 #     header and the import library stay out: the zips are for users.
 # Included before the subdirectories, so that their install() rules follow
 # this layout. What install() does not name is the "runtime" component; the
@@ -27,6 +28,29 @@ endif()
 configure_file(${CMAKE_CURRENT_LIST_DIR}/PackageReadme.txt.in ${PROJECT_BINARY_DIR}/README.txt
   @ONLY NEWLINE_STYLE ${readme_newlines})
 install(FILES ${PROJECT_BINARY_DIR}/README.txt DESTINATION ${cansimu_docdir})
+
+# The Python package. In the Windows zips its folder lies beside the DLL,
+# where it finds the library. In the .deb it goes where Debian's python3
+# finds packages, with the metadata that registers its entry points (the
+# same as python/pyproject.toml's): the pytest plugin and python-can's
+# "cansimu" interface.
+if(WIN32)
+  set(cansimu_python_dir .)
+else()
+  set(cansimu_python_dir lib/python3/dist-packages)
+  set(cansimu_dist_info ${PROJECT_BINARY_DIR}/cansimu-${PROJECT_VERSION}.dist-info)
+  file(WRITE ${cansimu_dist_info}/METADATA
+    "Metadata-Version: 2.1\nName: cansimu\nVersion: ${PROJECT_VERSION}\n"
+    "Summary: Drive the cansimu simulated CAN diagnostic box from Python, pytest and python-can\n"
+    "Requires-Python: >=3.9\nRequires-Dist: python-can>=4.1\n")
+  file(WRITE ${cansimu_dist_info}/entry_points.txt
+    "[can.interface]\ncansimu = cansimu.bus:CansimuBus\n\n[pytest11]\ncansimu = cansimu.pytest_plugin\n")
+  file(WRITE ${cansimu_dist_info}/top_level.txt "cansimu\n")
+  file(WRITE ${cansimu_dist_info}/INSTALLER "dpkg\n")
+  install(DIRECTORY ${cansimu_dist_info} DESTINATION ${cansimu_python_dir})
+endif()
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/python/cansimu DESTINATION ${cansimu_python_dir}
+  FILES_MATCHING PATTERN "*.py" PATTERN "__pycache__" EXCLUDE)
 
 set(CPACK_PACKAGE_NAME cansimu)
 set(CPACK_PACKAGE_VENDOR cansimu)
@@ -54,6 +78,8 @@ else()
   # Dependencies (ACE, pugixml, libedit, the C++ runtime) from dpkg-shlibdeps;
   # the library's shlibs file and the ldconfig trigger from CPack.
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  # The Python package's interpreter and its one dependency.
+  set(CPACK_DEBIAN_PACKAGE_DEPENDS "python3 (>= 3.9), python3-can (>= 4.1)")
   set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 endif()
 include(CPack)
