@@ -1,6 +1,7 @@
 """The ctypes records against the C compiler's own layout of cansimu.h, for
 the native host and, without running anything, for both Windows targets."""
 
+import ctypes
 import re
 import shutil
 import subprocess
@@ -48,3 +49,28 @@ def test_records_match_the_compilers_layout(compiler, pointer_size, tmp_path):
 def test_every_export_of_the_library_is_declared():
     listed = (REPOSITORY / "src" / "api" / "cansimu.def").read_text().split()
     assert sorted(EXPORTS) == sorted(listed[listed.index("EXPORTS") + 1:])
+
+
+def c_type(ctype):
+    """The C spelling of a ctypes argument or result type, const left out."""
+    scalars = {None: "void", ctypes.c_uint32: "uint32_t", ctypes.c_uint8: "uint8_t",
+               ctypes.c_char_p: "char *", ctypes.c_void_p: "void *"}
+    if ctype in scalars:
+        return scalars[ctype]
+    if hasattr(ctype, "_type_") and issubclass(ctype, ctypes._Pointer):
+        return c_type(ctype._type_) + " *"
+    return ctype.__name__
+
+
+def test_every_export_is_declared_with_the_headers_types(tmp_path):
+    """Each export's type, as the compiler sees the header (const aside, which
+    ctypes cannot express), is the function type its declaration spells."""
+    checks = [f"_Static_assert(__builtin_types_compatible_p(__typeof__({name}), "
+              f"{c_type(result)} ({', '.join(map(c_type, arguments)) or 'void'})), \"{name}\");"
+              for name, (result, arguments) in EXPORTS.items()]
+    source = tmp_path / "exports.c"
+    source.write_text('#include "cansimu/cansimu.h"\n' + "\n".join(checks) + "\n")
+    compiled = subprocess.run(["cc", "-std=gnu11", "-fsyntax-only", "-Dconst=", "-I",
+                               str(REPOSITORY / "include"), str(source)],
+                              capture_output=True, text=True)
+    assert compiled.returncode == 0, compiled.stderr
