@@ -411,7 +411,6 @@ class Library:
     def __init__(self, path, why=""):
         self.path = Path(path)
         self.why = why
-        self.log_path = os.environ.get("CANSIMU_LOG") or None
         try:
             self._dll = ctypes.CDLL(str(path))
         except OSError as error:
