@@ -28,6 +28,7 @@ Command flashCommand();
 Command eventsCommand();
 Command shellCommand();
 Command examplesCommand();
+Command convertCommand();
 Command askCommand();
 Command checkCommand();
 Command injectCommand();
