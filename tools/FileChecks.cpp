@@ -12,6 +12,7 @@
 #include <ace/Null_Mutex.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <map>
 
 namespace {
@@ -291,6 +292,20 @@ void checkEcu(const std::string &bench, const std::vector<BenchEcu> &ecus, size_
     return add("scenario " + quoted(ecu.scenario) + " cannot be read (" + path +
                "): this ECU never answers");
   report.scenarios.push_back(path);
+  // The library opens a relative path from the host's working directory.
+  const std::filesystem::path written(ecu.scenario);
+  if (written.is_absolute())
+    return;
+  std::error_code error;
+  const auto fromHere = std::filesystem::absolute(written, error).lexically_normal();
+  const auto fromBench = std::filesystem::absolute(path, error).lexically_normal();
+  if (fromHere != fromBench)
+    report.notes.push_back(
+        {ecu.line, "scenario " + quoted(ecu.scenario) +
+                       " is a relative path: cansimu opens it from the bench's folder (" +
+                       fromBench.parent_path().string() +
+                       "), a host from its working directory (here " +
+                       std::filesystem::current_path(error).string() + ")"});
 }
 
 } // namespace
