@@ -274,7 +274,8 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
     ACE_WString response;
     AnswerOrigin origin;
     if (!ecu->getResponse(requestText, response, oneToOne, notes ? &origin : nullptr)) {
-      if (notes)
+      // An empty start frame that nobody answers is no request of the host.
+      if (notes && (request != nullptr || requestText.length() != 0))
         noteAnswer(*ecu, requestText, origin, false, response);
       continue;
     }
