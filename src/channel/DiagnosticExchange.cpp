@@ -23,6 +23,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -272,11 +273,13 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
   for (SimuECU *ecu : asked) {
     // Unknown requests get a negative answer on one-to-one channels only.
     ACE_WString response;
-    AnswerOrigin origin;
-    if (!ecu->getResponse(requestText, response, oneToOne, notes ? &origin : nullptr)) {
+    std::optional<AnswerOrigin> origin;
+    if (notes)
+      origin.emplace();
+    if (!ecu->getResponse(requestText, response, oneToOne, origin ? &*origin : nullptr)) {
       // An empty start frame that nobody answers is no request of the host.
-      if (notes && (request != nullptr || requestText.length() != 0))
-        noteAnswer(*ecu, requestText, origin, false, response);
+      if (origin && (request != nullptr || requestText.length() != 0))
+        noteAnswer(*ecu, requestText, *origin, false, response);
       continue;
     }
     logMessage(fittedLine({L"Response [", response, L"]"}, kLineCapacity));
@@ -289,8 +292,8 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
     } else {
       queueAnswer(request, response, responder, values, *ecu, requestText, trace.get());
     }
-    if (notes)
-      noteAnswer(*ecu, requestText, origin, true, response);
+    if (origin)
+      noteAnswer(*ecu, requestText, *origin, true, response);
   }
   if (trace)
     trace->write();

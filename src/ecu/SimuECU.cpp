@@ -52,14 +52,12 @@ bool SimuECU::isDialogOpen(AnswerOrigin *origin) {
     return false;
   }
   ACE_WString answer;
-  ScenarioHit hit;
-  if (scenario->findResponse(openDialog(), answer, origin != nullptr ? &hit : nullptr) != 0)
+  if (scenario->findResponse(openDialog(), answer, origin != nullptr ? &origin->hit : nullptr) != 0)
     return true;
   if (answer != L"FALSE")
     return true;
   if (origin != nullptr) {
     origin->kind = AnswerOrigin::Kind::DialogClosed;
-    origin->hit = hit;
     origin->file = configuredPath;
   }
   return false;

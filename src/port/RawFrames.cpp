@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace {
@@ -64,16 +65,18 @@ CAN_STATUS SimuPort::sendTrame(const CAN_FramePort &frame) {
     if (frame.canId != CAN_BROADCAST_ID && ecu->idTx != frame.canId)
       continue;
     ACE_WString response;
-    AnswerOrigin origin;
-    if (!ecu->getResponse(request, response, true, notes ? &origin : nullptr)) {
-      if (notes)
-        noteAnswer(*ecu, request, origin, false, response);
+    std::optional<AnswerOrigin> origin;
+    if (notes)
+      origin.emplace();
+    if (!ecu->getResponse(request, response, true, origin ? &*origin : nullptr)) {
+      if (origin)
+        noteAnswer(*ecu, request, *origin, false, response);
       continue;
     }
     logFrameLine(ecu->idRx, L"Response : ", response);
     const bool queued = enqueueResponse(ecu->idRx, response, trace.get());
-    if (notes)
-      noteAnswer(*ecu, request, origin, true, response);
+    if (origin)
+      noteAnswer(*ecu, request, *origin, true, response);
     if (!queued) {
       if (trace)
         trace->write();
