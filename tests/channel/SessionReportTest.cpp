@@ -3,12 +3,16 @@
 #include "core/SessionReport.h"
 #include "ChannelFixture.h"
 #include "Json.h"
+#include "core/BusTrace.h"
 #include "platform/CodePage.h"
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 using namespace channel_test;
 using SessionReportTest = ChannelTest;
@@ -114,4 +118,47 @@ TEST_F(SessionReportTest, AFailedWriteIsLoggedOnceAndTheHostSeesNothing) {
   CAN_DrvEnd();
   const JsonValue report = readJson(reportPath);
   EXPECT_EQ(report["ecus"].items.at(0)["entries"].items.at(0)["hits"].count(), 2u);
+}
+
+// Host threads on two channels at once, with the trace and the report both
+// kept: every frame line whole, every answer counted once.
+TEST_F(SessionReportTest, ThreadsSendingAtOnceLeaveWholeTraceLinesAndExactCounts) {
+  const std::string reportPath = dir.file("report.json");
+  const std::string tracePath = dir.file("bus.log");
+  SessionReport::openNamed(toWideString(reportPath.c_str()), L"the test");
+  BusTrace::openNamed(toWideString(tracePath.c_str()), L"the test");
+  startWith(ecu("7E0", "7E8", ScenarioFile().event("3E00", {"7E00"}), "engine", "10") +
+                ecu("710", "77A", ScenarioFile().event("3E00", {"7E00"}), "gateway", "01"),
+            {{0x10, 0x7E0, 0x7E8}, {0x01, 0x710, 0x77A}});
+  const int kRequests = 300;
+  std::vector<std::thread> hosts;
+  for (const uint8_t address : {uint8_t{0x10}, uint8_t{0x01}}) {
+    CAN_CHN_HANDLE channel = openChannel(CHN_ONE_TO_ONE, address);
+    hosts.emplace_back([this, channel] {
+      for (int i = 0; i < kRequests; ++i)
+        EXPECT_EQ(send(channel, "3E00"), E_SUCCESS);
+    });
+  }
+  for (std::thread &host : hosts)
+    host.join();
+  CAN_DrvEnd();
+  BusTrace::close();
+
+  std::ifstream trace(tracePath);
+  std::map<std::string, int> frames;
+  for (std::string line; std::getline(trace, line);) {
+    const size_t at = line.find(") can0 ");
+    ASSERT_NE(at, std::string::npos) << line;
+    ++frames[line.substr(at + 7)];
+  }
+  EXPECT_EQ(frames, (std::map<std::string, int>{{"710#023E00", kRequests},
+                                                {"77A#027E00", kRequests},
+                                                {"7E0#023E00", kRequests},
+                                                {"7E8#027E00", kRequests}}));
+  const JsonValue report = readJson(reportPath);
+  for (const char *idTx : {"7e0", "710"}) {
+    const JsonValue *ecu = ecuNamed(report, idTx);
+    ASSERT_NE(ecu, nullptr) << idTx;
+    EXPECT_EQ((*ecu)["entries"].items.at(0)["hits"].count(), unsigned(kRequests)) << idTx;
+  }
 }
