@@ -130,7 +130,8 @@ std::string utcNow() {
   const long long day = dayOfYear - (153 * monthIndex + 2) / 5 + 1;
   const long long month = monthIndex < 10 ? monthIndex + 3 : monthIndex - 9;
   const long long year = yearOfEra + era * 400 + (month <= 2 ? 1 : 0);
-  char text[40];
+  // Room for the widest text the formats allow, though a date needs 24.
+  char text[160];
   std::snprintf(text, sizeof text, "%04lld-%02lld-%02lldT%02lld:%02lld:%02lld.%03lldZ", year, month,
                 day, ofDay / 3600000, ofDay / 60000 % 60, ofDay / 1000 % 60, ofDay % 1000);
   return text;
