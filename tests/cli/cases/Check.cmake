@@ -23,6 +23,7 @@ cli_case(EXIT 1 ARGS check --frame ${DATA}/check-bench.xml EXPECT
   "${bench}12: warning: idTx '7G3' is not a hex identifier: the library reads it as 7\n"
   "${bench}12: warning: targetAddress 'ENGINE' is no one-byte hex address"
   "${bench}12: warning: UCE without scenario: this ECU never answers"
+  "${bench}13: warning: TRACEFILE '.*no-such-folder/bus.log': its folder does not exist"
   "${scenario}4: warning: OPENDIALOG answers FALSE"
   "${scenario}5: warning: EVENEMENT without REQUETE is skipped"
   "${scenario}6: warning: REQUETE without an element inside"
@@ -39,7 +40,7 @@ cli_case(EXIT 1 ARGS check --frame ${DATA}/check-bench.xml EXPECT
   "${scenario}21: warning: answer 'CHN_TYPE_RCV_NO_RESPONSE' is no event type"
   "${scenario}24: warning: answer '67011234567' is not even-length upper-case hex"
   "${scenario}25: warning: answer '670112345678AABBCC' is 9 bytes long: the raw frame path sends its first 8"
-  "\n29 warnings\n$")
+  "\n30 warnings\n$")
 
 # Files it cannot read: each named on its line, and exit status 3.
 cli_case(EXIT 3 ARGS check ${DATA}/no-such-file.xml ${DATA}/not-xml.xml EXPECT
