@@ -58,6 +58,8 @@ bool TDomData::load(const ACE_WString &path) { return load(path, nullptr, nullpt
 namespace {
 void findLineStarts(const std::vector<char> &text, std::vector<size_t> &starts) {
   starts.assign(1, 0);
+  if (text.empty())
+    return;
   const char *begin = text.data();
   const char *end = begin + text.size();
   for (const char *at = begin; (at = static_cast<const char *>(std::memchr(at, '\n', end - at)));)
