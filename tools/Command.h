@@ -31,4 +31,5 @@ Command examplesCommand();
 Command askCommand();
 Command checkCommand();
 Command injectCommand();
+Command reportCommand();
 Command helpCommand();
