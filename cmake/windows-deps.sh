@@ -108,10 +108,18 @@ as_root() {
   fi
 }
 
+# CANSIMU_APT_SOURCES names a sources list of the caller's (./dev passes the
+# project's, which carries the deb-src entries too); apt then reads it instead
+# of the machine's lists.
+apt_options=()
+if [[ -n ${CANSIMU_APT_SOURCES:-} ]]; then
+  apt_options=(-o "Dir::Etc::sourcelist=$CANSIMU_APT_SOURCES" -o Dir::Etc::sourceparts=-)
+fi
+
 apt_updated=0
 apt_update() {
   log "apt-get update"
-  as_root apt-get update
+  as_root apt-get "${apt_options[@]}" update
   apt_updated=1
 }
 
@@ -122,7 +130,7 @@ is_installed() {
 required_packages=(
   g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix
   binutils-mingw-w64-i686 binutils-mingw-w64-x86-64
-  wine64 dpkg-dev googletest cmake make perl xz-utils
+  dpkg-dev googletest cmake make perl xz-utils
 )
 missing=()
 for pkg in "${required_packages[@]}"; do
@@ -132,14 +140,14 @@ if ((${#missing[@]})); then
   apt_update
   log "installing ${missing[*]}"
   as_root env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -y --no-install-recommends "${missing[@]}"
+    apt-get "${apt_options[@]}" install -y --no-install-recommends "${missing[@]}"
 fi
 
 # "ace" is also the name of an unrelated binary package, so source lookups
 # must say --only-source or apt fetches that package's source instead.
 have_source() {
   local records
-  records=$(apt-cache showsrc --only-source "$1" 2>/dev/null) || return 1
+  records=$(apt-cache "${apt_options[@]}" showsrc --only-source "$1" 2>/dev/null) || return 1
   grep -q "^Package: $1\$" <<<"$records"
 }
 
@@ -262,14 +270,14 @@ fetch_source() {
       have_source "$pkg" || die "apt knows no source package '$pkg' even with deb-src entries"
     fi
   fi
-  records=$(apt-cache showsrc --only-source "$pkg")
+  records=$(apt-cache "${apt_options[@]}" showsrc --only-source "$pkg")
   version=$(sed -n 's/^Version: //p' <<<"$records" | sort -V | tail -n 1)
   [[ $(upstream_of "$version") == "$want" ]] ||
     die "Debian offers $pkg $version but this script builds $want; update it (and CANSIMU_WINDEPS_ID)"
   log "downloading source package $pkg $version"
   rm -rf "$src_cache/$pkg.part"
   mkdir -p "$src_cache/$pkg.part"
-  (cd "$src_cache/$pkg.part" && apt-get source --only-source --download-only "$pkg=$version")
+  (cd "$src_cache/$pkg.part" && apt-get "${apt_options[@]}" source --only-source --download-only "$pkg=$version")
   mkdir -p "$src_cache/$pkg"
   mv "$src_cache/$pkg.part"/* "$src_cache/$pkg/"
   rmdir "$src_cache/$pkg.part"

@@ -10,7 +10,9 @@
 namespace {
 
 // The command options that take a value; the others are flags.
-bool takesValue(const std::string &option) { return option == "--seconds"; }
+bool takesValue(const std::string &option) {
+  return option == "--seconds" || option == "--junit" || option == "--fail-on";
+}
 
 bool isOption(const std::string &word) { return word.size() > 1 && word[0] == '-'; }
 
@@ -62,6 +64,9 @@ Arguments parseArguments(int argc, char **argv, const std::vector<Command> &comm
   app.add_option("--library", arguments.library)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   app.add_option("--log", arguments.log)->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+  app.add_option("--trace", arguments.trace)->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+  app.add_option("--report", arguments.report)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   app.add_flag("-h,--help", arguments.help);
   app.add_flag("--version", arguments.version);
 

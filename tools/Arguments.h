@@ -1,7 +1,7 @@
 // The command line, split into the command, its positional arguments and
 // its options. Options may stand anywhere after the program name; the
-// program's own (--library, --log, --help, --version) before the command
-// too.
+// program's own (--library, --log, --trace, --report, --help, --version)
+// before the command too.
 #pragma once
 
 #include <map>
@@ -18,6 +18,8 @@ struct Arguments {
   std::map<std::string, std::string> options;
   std::string library; // --library PATH: the library to load
   std::string log;     // --log FILE: where the library appends its log lines
+  std::string trace;   // --trace FILE: where the library appends the bus trace
+  std::string report;  // --report FILE: where the library keeps the session report
   bool help = false;
   bool version = false;
 

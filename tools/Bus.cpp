@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string>
 
 namespace {
 
@@ -53,6 +54,11 @@ Bus::Bus(const Session &session, std::vector<BenchEcu> ecus, Voice voice)
     : session_(session), ecus_(std::move(ecus)), voice_(voice) {}
 
 void Bus::step(const std::string &call, CAN_STATUS status, const std::string &note) const {
+  if (voice_ == Voice::Json) {
+    if (status != E_SUCCESS)
+      printError(call + " answered " + statusText(status));
+    return;
+  }
   if (voice_ == Voice::Steps || status != E_SUCCESS)
     printStep(call, status, note);
 }
@@ -61,6 +67,8 @@ void Bus::request(const std::string &call, const std::string &shown, CAN_STATUS 
                   const std::string &meaning) const {
   if (voice_ == Voice::Steps)
     return printStep(call + "(" + shown + ")", status, meaning);
+  if (voice_ == Voice::Json)
+    return step(call, status, meaning);
   std::printf("> %s%s\n", shown.c_str(), meaning.empty() ? "" : ("  " + meaning).c_str());
   if (status != E_SUCCESS)
     printStep(call, status, "");
@@ -211,6 +219,49 @@ CAN_STATUS Bus::freeChannel() {
   return status;
 }
 
+namespace {
+
+std::string hexOf(const uint8_t *bytes, size_t count) {
+  static const char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (size_t i = 0; i < count; ++i) {
+    text += kDigits[bytes[i] >> 4];
+    text += kDigits[bytes[i] & 0x0F];
+  }
+  return text;
+}
+
+ReadEvent fieldsOf(const CAN_EventChn &event) {
+  ReadEvent fields;
+  fields.type = event.type;
+  const char *name = channelEventName(event.type);
+  fields.name = name != nullptr ? name : std::to_string(event.type);
+  const auto *result = static_cast<const CAN_ChnResult *>(event.data);
+  if (result == nullptr)
+    return fields;
+  fields.resultCode = result->resultCode;
+  const bool framed = event.type == CHN_TYPE_RCV_CORRUPTED_FRAME ||
+                      event.type == CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT ||
+                      event.type == CHN_TYPE_RCV_SUCCESS ||
+                      event.type == CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED;
+  if (framed && result->frameData != nullptr)
+    fields.frame = hexOf(result->frameData, result->frameLength);
+  return fields;
+}
+
+ReadEvent fieldsOf(const CAN_EventPort &event) {
+  ReadEvent fields;
+  fields.type = event.type;
+  const char *name = portEventName(event.type);
+  fields.name = name != nullptr ? name : std::to_string(event.type);
+  const auto *frame = static_cast<const CAN_FramePort *>(event.data);
+  if (event.type == PRT_TYPE_FRAME && frame != nullptr)
+    fields.frame = hexOf(frame->bytes, frame->length < 8 ? frame->length : 8);
+  return fields;
+}
+
+} // namespace
+
 template <class Event, class Read, class Describe, class Free>
 Reading Bus::readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, const Read &read,
                         const Describe &describe, const Free &release,
@@ -229,6 +280,8 @@ Reading Bus::readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, c
       return reading;
     }
     if (status != E_SUCCESS || event == nullptr) {
+      if (voice_ == Voice::Json)
+        return reading;
       if (voice_ == Voice::Steps)
         printStep(waitCall(name, timeoutMs), status,
                   status != E_NO_EVENT        ? ""
@@ -238,13 +291,16 @@ Reading Bus::readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, c
         std::printf("< no answer: %s %s\n", name, statusText(status).c_str());
       return reading;
     }
-    const EventText text = describe(*event, kLineWidth - indent);
-    if (voice_ == Voice::Steps)
-      printStep(waitCall(name, timeoutMs), status, text.summary);
-    else
-      std::printf("< %s\n", text.summary.c_str());
-    for (const std::string &line : text.details)
-      printDetail(indent, line);
+    reading.read.push_back(fieldsOf(*event));
+    if (voice_ != Voice::Json) {
+      const EventText text = describe(*event, kLineWidth - indent);
+      if (voice_ == Voice::Steps)
+        printStep(waitCall(name, timeoutMs), status, text.summary);
+      else
+        std::printf("< %s\n", text.summary.c_str());
+      for (const std::string &line : text.details)
+        printDetail(indent, line);
+    }
     reading.endOfReception = reading.endOfReception || event->type == CHN_TYPE_END_OF_RCV;
     reading.answers += event->type != 0 && event->type != CHN_TYPE_END_OF_RCV;
     ++reading.events;

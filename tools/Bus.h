@@ -13,10 +13,21 @@
 #include <string>
 #include <vector>
 
-enum class Voice { Steps, Answers };
+// Json: nothing is printed but refused calls, on standard error; the
+// answers are kept in the Reading for the caller to print.
+enum class Voice { Steps, Answers, Json };
+
+// One event read, as machine-readable fields.
+struct ReadEvent {
+  uint32_t type = 0;
+  std::string name;    // the event type's name
+  int resultCode = -1; // -1 when the event carries none
+  std::string frame;   // hex, empty when the event carries no frame
+};
 
 // What a read of a queue brought.
 struct Reading {
+  std::vector<ReadEvent> read;
   unsigned events = 0;  // events read
   unsigned answers = 0; // events that carry an ECU's answer
   bool endOfReception = false;

@@ -32,4 +32,5 @@ Command convertCommand();
 Command askCommand();
 Command checkCommand();
 Command injectCommand();
+Command reportCommand();
 Command helpCommand();

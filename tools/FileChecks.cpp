@@ -5,6 +5,7 @@
 #include "InjectionNames.h"
 #include "Paths.h"
 #include "StatusNames.h"
+#include "core/BenchOutputs.h"
 #include "ecu/Scenario.h"
 #include "platform/CodePage.h"
 
@@ -12,6 +13,7 @@
 #include <ace/Null_Mutex.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <map>
 
 namespace {
@@ -291,13 +293,27 @@ void checkEcu(const std::string &bench, const std::vector<BenchEcu> &ecus, size_
     return add("scenario " + quoted(ecu.scenario) + " cannot be read (" + path +
                "): this ECU never answers");
   report.scenarios.push_back(path);
+  // The library opens a relative path from the host's working directory.
+  const std::filesystem::path written(ecu.scenario);
+  if (written.is_absolute())
+    return;
+  std::error_code error;
+  const auto fromHere = std::filesystem::absolute(written, error).lexically_normal();
+  const auto fromBench = std::filesystem::absolute(path, error).lexically_normal();
+  if (fromHere != fromBench)
+    report.notes.push_back(
+        {ecu.line, "scenario " + quoted(ecu.scenario) +
+                       " is a relative path: cansimu opens it from the bench's folder (" +
+                       fromBench.parent_path().string() +
+                       "), a host from its working directory (here " +
+                       std::filesystem::current_path(error).string() + ")"});
 }
 
 } // namespace
 
 bool isBench(const XmlSource &file) {
-  for (const char *tag :
-       {"UCE", "DEVICES", "PORT", "CAN_SERIALNUMBER", "DETBAUDRATE", "NEGATIVE_RESPONSE", "INJECT"})
+  for (const char *tag : {"UCE", "DEVICES", "PORT", "CAN_SERIALNUMBER", "DETBAUDRATE",
+                          "NEGATIVE_RESPONSE", "INJECT", "LOGFILE", "TRACEFILE", "REPORTFILE"})
     if (!file.elements(tag).empty())
       return true;
   return false;
@@ -339,6 +355,33 @@ void checkInjections(const XmlSource &file, FileReport &report) {
 }
 } // namespace
 
+namespace {
+// LOGFILE, TRACEFILE and REPORTFILE: a file in a folder that does not exist
+// is never written (the library says so once in its log, where nobody may
+// look).
+void checkOutputs(const std::string &path, const XmlSource &file, FileReport &report) {
+  for (const BenchOutputs::Output &output :
+       BenchOutputs::named(file.document(), toWideString(path.c_str()))) {
+    if (output.path.length() == 0)
+      continue;
+    std::string named = toAnsiString(output.path).c_str();
+#ifndef _WIN32
+    for (char &c : named)
+      if (c == '\\')
+        c = '/';
+#endif
+    const std::filesystem::path folder = std::filesystem::path(named).parent_path();
+    std::error_code error;
+    if (!folder.empty() && !std::filesystem::is_directory(folder, error))
+      report.findings.push_back(
+          {file.line(file.elements(output.element).front()),
+           std::string(output.element) + " '" + named + "'" +
+               ": its folder does not exist, so the library cannot write it (unless " +
+               output.variable + " names another file)"});
+  }
+}
+} // namespace
+
 void checkBench(const std::string &path, const XmlSource &file, FileReport &report) {
   const std::vector<BenchEcu> ecus = readBenchEcus(file);
   if (ecus.empty())
@@ -355,6 +398,7 @@ void checkBench(const std::string &path, const XmlSource &file, FileReport &repo
                ": the detection answers E_INVALID (4)"});
   }
   checkInjections(file, report);
+  checkOutputs(path, file, report);
   const std::vector<TDomData> negative = file.elements("NEGATIVE_RESPONSE");
   if (!negative.empty()) {
     const std::string code = XmlSource::content(negative[0]);

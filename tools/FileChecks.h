@@ -17,6 +17,8 @@ struct Finding {
 // What `check` reports for one file.
 struct FileReport {
   std::vector<Finding> findings;
+  // What is worth knowing but no mistake (it does not count as a warning).
+  std::vector<Finding> notes;
   // Scenario files that a bench names and that exist, to check in turn.
   std::vector<std::string> scenarios;
 };

@@ -28,6 +28,10 @@ void printProgramHelp(FILE *out) {
              "                             environment variable CANSIMU_LIBRARY\n"
              "  --log FILE                 the library appends every log line to FILE\n"
              "                             (it sets CANSIMU_LOG for this run)\n"
+             "  --trace FILE               the library appends the bus traffic to FILE in\n"
+             "                             candump log format (sets CANSIMU_TRACE)\n"
+             "  --report FILE              the library keeps a JSON session report in FILE\n"
+             "                             (sets CANSIMU_REPORT; see cansimu report)\n"
              "  --version                  the program's version and the library it loads\n"
              "  --help                     this help, or a command's: cansimu COMMAND --help\n"
              "\nexit status: 0 done; 1 the library refused a call (ask: a request got no\n"
@@ -37,8 +41,9 @@ void printProgramHelp(FILE *out) {
 }
 
 void printCommandHelp(const Command &command) {
-  std::printf("usage: cansimu %s [--library PATH] [--log FILE]\n\n%s", command.synopsis,
-              command.details);
+  std::printf("usage: cansimu %s [--library PATH] [--log FILE] [--trace FILE] [--report FILE]"
+              "\n\n%s",
+              command.synopsis, command.details);
 }
 
 void printVersion(const std::string &library) {

@@ -25,7 +25,9 @@ bool readLineStarts(const std::string &path, std::vector<long> &starts) {
 XmlSource::Outcome XmlSource::load(const std::string &path) {
   if (!fileReadable(path) || !readLineStarts(path, lineStarts_))
     return Outcome::Unreadable;
-  return document_.load(toWideString(path.c_str())) ? Outcome::Read : Outcome::NotXml;
+  problem_ = TDomData::LoadProblem();
+  return document_.load(toWideString(path.c_str()), &problem_, nullptr) ? Outcome::Read
+                                                                        : Outcome::NotXml;
 }
 
 std::vector<TDomData> XmlSource::elements(const TDomData &node, const char *tag) {

@@ -15,6 +15,8 @@ public:
   Outcome load(const std::string &path);
 
   const TDomData &document() const { return document_; }
+  // Why the last load found no XML: the parser's message and line.
+  const TDomData::LoadProblem &problem() const { return problem_; }
   // Every `tag` element below `node`, in document order.
   static std::vector<TDomData> elements(const TDomData &node, const char *tag);
   std::vector<TDomData> elements(const char *tag) const { return elements(document_, tag); }
@@ -28,4 +30,5 @@ public:
 private:
   TDomData document_;
   std::vector<long> lineStarts_;
+  TDomData::LoadProblem problem_;
 };

@@ -46,9 +46,13 @@ int run(int argc, char **argv) {
     printCommandHelp(command);
     return kExitDone;
   }
-  // The library reads CANSIMU_LOG when it is loaded, which comes later.
+  // The library reads these variables when it is loaded, which comes later.
   if (!arguments.log.empty())
     setEnvironment("CANSIMU_LOG", std::filesystem::absolute(arguments.log).string());
+  if (!arguments.trace.empty())
+    setEnvironment("CANSIMU_TRACE", std::filesystem::absolute(arguments.trace).string());
+  if (!arguments.report.empty())
+    setEnvironment("CANSIMU_REPORT", std::filesystem::absolute(arguments.report).string());
   try {
     checkArguments(command, arguments);
     return command.run(arguments);

@@ -1,6 +1,7 @@
 // The driver-level exports: configuration, end, and the driver event queue.
 #include "api/ExportCall.h"
 #include "cansimu/cansimu.h"
+#include "core/SessionReport.h"
 #include "core/SimuDriver.h"
 #include "platform/CodePage.h"
 
@@ -16,7 +17,10 @@ CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DrvInit(const char *configPath) {
 }
 
 CANSIMU_API void CANSIMU_CALL CAN_DrvEnd(void) {
-  ExportCall::guardedVoid("CAN_DrvEnd", [] { SimuDriver::end(); });
+  ExportCall::guardedVoid("CAN_DrvEnd", [] {
+    SimuDriver::end();
+    SessionReport::flush();
+  });
 }
 
 CANSIMU_API CAN_STATUS CANSIMU_CALL CAN_DrvRxMsg(CAN_EventDrv **event, uint32_t *pending,

@@ -2,10 +2,24 @@
 
 #include "api/InjectionTable.h"
 #include "core/LogMessage.h"
+#include "core/SessionReport.h"
 #include "platform/CodePage.h"
 
+#include <string>
+
 bool ExportCall::takeArmed(ACE_UINT32 &status, ACE_UINT8 &detail) {
-  return takeInjectedStatus(name_, status, detail);
+  if (!takeInjectedStatus(name_, status, detail))
+    return false;
+  noteArmedStatus(name_, status, detail);
+  return true;
+}
+
+void noteArmedStatus(const char *exportName, ACE_UINT32 status, ACE_UINT8 detail) {
+  if (logIsRead())
+    logMessage(L"Armed status: " + toWideString(exportName) + L" answered " +
+               ACE_WString(std::to_wstring(status).c_str()) + L", detail " +
+               ACE_WString(std::to_wstring(detail).c_str()));
+  SessionReport::armedStatus(exportName, status, detail);
 }
 
 void logEscapedException(const char *exportName, const char *what) {

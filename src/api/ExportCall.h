@@ -21,6 +21,9 @@ constexpr CAN_STATUS kDeviceFamily = E_NULL_POINTER;
 constexpr CAN_STATUS kPortFamily = E_NULL_POINTER;
 constexpr CAN_STATUS kChannelFamily = E_INVALID;
 
+// Tells the log and the session report that an armed status answered a call.
+void noteArmedStatus(const char *exportName, ACE_UINT32 status, ACE_UINT8 detail);
+
 // Logs an exception that reached an export (never lets it out).
 void logEscapedException(const char *exportName, const char *what);
 

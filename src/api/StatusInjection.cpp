@@ -1,11 +1,15 @@
 #include "api/StatusInjection.h"
 
 #include "api/InjectionTable.h"
+#include "core/LogMessage.h"
+#include "core/SessionReport.h"
 #include "core/SimuDriver.h"
 #include "device/SimuDevice.h"
+#include "platform/CodePage.h"
 #include "port/SimuPort.h"
 
 #include <cstring>
+#include <string>
 
 namespace {
 
@@ -46,6 +50,11 @@ StatusInjection::Outcome StatusInjection::injectNext(const char *name, ACE_UINT3
     return InjectionTable::arm(name, InjectedStatus{status, detailByte}) ? Outcome::Armed
                                                                          : Outcome::NotArmed;
   }
+  if (logIsRead())
+    logMessage(L"Injected event: " + toWideString(name) + L" type " +
+               ACE_WString(std::to_wstring(type).c_str()) + L", detail " +
+               ACE_WString(std::to_wstring(detailByte).c_str()));
+  SessionReport::injectedEvent(name, type);
   return Outcome::EventInjected;
 }
 

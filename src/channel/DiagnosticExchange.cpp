@@ -8,9 +8,11 @@
 // scenario makes the library report failures, time-outs and corrupt frames.
 #include "channel/SimuChannel.h"
 
+#include "core/BusTrace.h"
 #include "core/HexText.h"
 #include "core/LogMessage.h"
 #include "core/LogText.h"
+#include "ecu/AnswerNotes.h"
 #include "ecu/SimuECU.h"
 #include "platform/CodePage.h"
 #include "port/SimuPort.h"
@@ -21,7 +23,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -209,6 +213,38 @@ CAN_DiagMsg *copyOfRequest(const CAN_DiagMsg &request) {
   return copy;
 }
 
+struct FreeBytes {
+  void operator()(unsigned char *bytes) const { std::free(bytes); }
+};
+
+// The request as it goes on the bus: to the ECU of a one-to-one channel on
+// its transmit identifier, with its flow control on the receive identifier;
+// to every ECU on the broadcast identifier.
+void traceRequest(BusTrace::Batch &batch, const CAN_DiagMsg *request,
+                  const ACE_WString &requestText, const std::vector<SimuECU *> &ecus,
+                  bool broadcast) {
+  std::unique_ptr<unsigned char, FreeBytes> converted;
+  const unsigned char *bytes = nullptr;
+  size_t length = 0;
+  if (request != nullptr) {
+    bytes = request->data;
+    length = request->length;
+  } else {
+    converted.reset(hexToBytes(toAnsi(requestText.c_str()).get(), length));
+    bytes = converted.get();
+  }
+  if (bytes == nullptr)
+    return;
+  if (broadcast) {
+    batch.message(CAN_BROADCAST_ID, BusTrace::Batch::kNoReceiver, bytes, length);
+    return;
+  }
+  for (SimuECU *ecu : ecus) {
+    batch.message(ecu->idTx, ecu->idRx, bytes, length);
+    return;
+  }
+}
+
 } // namespace
 
 CAN_STATUS SimuChannel::send(const CAN_DiagMsg &request) {
@@ -224,22 +260,43 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
   logMessage(fittedLine({oneToOne ? L"1-1 Request [" : L"Broadcast Request [", requestText, L"]"},
                         kLineCapacity));
   const Echo values = echoValues();
-  for (SimuECU *ecu : port.copyOf(ecus)) {
+  const std::vector<SimuECU *> asked = port.copyOf(ecus);
+  // Without a log reader, a report or a trace, none of this costs more
+  // than these two tests.
+  const bool notes = answerNotesWanted();
+  std::unique_ptr<BusTrace::Batch> trace;
+  // An empty start frame puts nothing on the bus.
+  if (BusTrace::enabled() && (request != nullptr || requestText.length() != 0)) {
+    trace.reset(new BusTrace::Batch);
+    traceRequest(*trace, request, requestText, asked, channelType == CHN_BROADCAST);
+  }
+  for (SimuECU *ecu : asked) {
     // Unknown requests get a negative answer on one-to-one channels only.
     ACE_WString response;
-    if (!ecu->getResponse(requestText, response, oneToOne))
+    std::optional<AnswerOrigin> origin;
+    if (notes)
+      origin.emplace();
+    if (!ecu->getResponse(requestText, response, oneToOne, origin ? &*origin : nullptr)) {
+      // An empty start frame that nobody answers is no request of the host.
+      if (origin && (request != nullptr || requestText.length() != 0))
+        noteAnswer(*ecu, requestText, *origin, false, response);
       continue;
+    }
     logMessage(fittedLine({L"Response [", response, L"]"}, kLineCapacity));
     ACE_UINT8 responder = 0;
     if (!port.addressByIdRx(ecu->idRx, responder)) {
       // Outside the association table the answer travels as a CAN frame.
       SplitResponse split;
       splitResponse(response, split);
-      port.enqueueResponse(ecu->idRx, *split.frameText);
-      continue;
+      port.enqueueResponse(ecu->idRx, *split.frameText, trace.get());
+    } else {
+      queueAnswer(request, response, responder, values, *ecu, requestText, trace.get());
     }
-    queueAnswer(request, response, responder, values, *ecu, requestText);
+    if (origin)
+      noteAnswer(*ecu, requestText, *origin, true, response);
   }
+  if (trace)
+    trace->write();
   if (channelType == CHN_BROADCAST) {
     CAN_EventChn end = {};
     end.type = CHN_TYPE_END_OF_RCV;
@@ -249,7 +306,7 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
 
 void SimuChannel::queueAnswer(const CAN_DiagMsg *request, const ACE_WString &response,
                               ACE_UINT8 responder, const Echo &values, const SimuECU &ecu,
-                              const ACE_WString &requestText) {
+                              const ACE_WString &requestText, BusTrace::Batch *trace) {
   SplitResponse split;
   splitResponse(response, split);
   CAN_EventChn event = {};
@@ -295,6 +352,10 @@ void SimuChannel::queueAnswer(const CAN_DiagMsg *request, const ACE_WString &res
       }
       result->frameLength = static_cast<ACE_UINT16>(count);
       logMessage(fittedLine({L"Frame [", *split.frameText, L"]"}, kLineCapacity));
+      // The frame the host receives is what the ECU sent, segmented, with
+      // the tester's flow control on the ECU's transmit identifier.
+      if (trace != nullptr)
+        trace->message(ecu.idRx, ecu.idTx, result->frameData, count);
     }
     // A record the queue refuses is lost, with its payload released.
     if (events.push(event) != 0)

@@ -2,6 +2,7 @@
 
 #include "core/HexText.h"
 #include "core/LogMessage.h"
+#include "ecu/AnswerNotes.h"
 #include "ecu/SimuECU.h"
 #include "port/SimuPort.h"
 
@@ -71,9 +72,14 @@ CAN_STATUS SimuChannel::openSession() {
   // the rotation of its "OPENDIALOG" answer.
   sessionOpen = false;
   bool accepted = false;
-  for (SimuECU *ecu : port.copyOf(ecus))
-    if (ecu->isDialogOpen())
+  const bool notes = answerNotesWanted();
+  for (SimuECU *ecu : port.copyOf(ecus)) {
+    AnswerOrigin origin;
+    if (ecu->isDialogOpen(notes ? &origin : nullptr))
       accepted = true;
+    else if (notes)
+      noteSessionRefused(*ecu, origin);
+  }
   sessionOpen = accepted;
   return accepted ? E_SUCCESS : E_INVALID;
 }

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "cansimu/cansimu.h"
+#include "core/BusTrace.h"
 #include "core/GuardedFifo.h"
 #include "core/PointerSet.h"
 #include "core/SimuObject.h"
@@ -70,7 +71,8 @@ private:
   void exchange(const CAN_DiagMsg *request, const ACE_WString &requestText);
   // Builds and queues the channel event of one answer.
   void queueAnswer(const CAN_DiagMsg *request, const ACE_WString &response, ACE_UINT8 responder,
-                   const Echo &echo, const SimuECU &ecu, const ACE_WString &requestText);
+                   const Echo &echo, const SimuECU &ecu, const ACE_WString &requestText,
+                   BusTrace::Batch *trace);
   Echo echoValues() const;
   static void releasePayload(CAN_EventChn &event);
 

@@ -20,3 +20,10 @@ void logMessage(const ACE_WString &text) {
   std::fputc('\n', stdout);
   std::fflush(stdout);
 }
+
+bool logIsRead() {
+  if (TalvenLog_Static::hasReader())
+    return true;
+  const SimuDriver *driver = SimuDriver::existing();
+  return driver != nullptr && driver->consoleMode;
+}

@@ -7,3 +7,7 @@
 // wide strings ("MERIDAX" three times, then the text). While the driver's
 // console mode is on, the line is also written to standard output with "\n".
 void logMessage(const ACE_WString &text);
+
+// Whether a line logged now reaches anybody (a log reader or the console).
+// Lines that only explain what happened are built only then.
+bool logIsRead();

@@ -1,14 +1,17 @@
 #include "core/SimuDriver.h"
 
 #include "api/BenchInjections.h"
+#include "core/BenchOutputs.h"
 #include "core/LogMessage.h"
 #include "device/SimuDevice.h"
+#include "platform/CodePage.h"
 #include "platform/TDomData.h"
 
 #include <atomic>
 #include <cstdlib>
 #include <mutex>
 #include <new>
+#include <string>
 
 namespace {
 // Host threads may reach for the driver at once; the first creates it.
@@ -71,9 +74,16 @@ void SimuDriver::processDetach() {
 
 bool SimuDriver::parse(const ACE_WString &path) {
   TDomData document;
-  document.load(path);
-  if (document.isNull())
+  TDomData::LoadProblem problem;
+  document.load(path, &problem, nullptr);
+  const bool reread = readOnce;
+  readOnce = true;
+  if (document.isNull()) {
+    logConfigurationProblem(path, problem, reread);
     return false;
+  }
+  // Files to write, named by the bench for hosts that cannot set variables.
+  BenchOutputs::open(document, path);
   ACE_Array<TDomData> found;
   document.getSubNodesByTagName(L"MODECONSOLE", found, true);
   consoleMode = found.size() != 0;
@@ -82,7 +92,18 @@ bool SimuDriver::parse(const ACE_WString &path) {
   // Faults and events the bench asks for, once the device and port hold the
   // values they describe.
   BenchInjections::apply(document);
+  if (reread)
+    logMessage(L"Configuration <" + path + L"> re-read: applied");
   return true;
+}
+
+void SimuDriver::logConfigurationProblem(const ACE_WString &path,
+                                         const TDomData::LoadProblem &problem, bool reread) {
+  ACE_WString why = toWideString(problem.message.c_str());
+  if (problem.line != 0)
+    why = L"line " + ACE_WString(std::to_wstring(problem.line).c_str()) + L": " + why;
+  logMessage(L"Configuration <" + path + (reread ? L"> re-read: " : L"> read: ") + why +
+             (reread ? L": kept the previous one" : L": nothing applied"));
 }
 
 CAN_STATUS SimuDriver::enumerate(CAN_EnumList &list) {

@@ -8,6 +8,7 @@
 #include "core/GuardedFifo.h"
 #include "core/LecteurXML.h"
 #include "core/SimuObject.h"
+#include "platform/TDomData.h"
 
 #include <ace/SString.h>
 
@@ -65,4 +66,10 @@ protected:
 
 private:
   static void releasePayload(CAN_EventDrv &event);
+  // Logs a read of the configuration that found no XML.
+  static void logConfigurationProblem(const ACE_WString &path, const TDomData::LoadProblem &problem,
+                                      bool reread);
+
+  // Set by the first read: later ones are re-reads.
+  bool readOnce = false;
 };

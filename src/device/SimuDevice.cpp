@@ -281,9 +281,11 @@ CAN_STATUS SimuDevice::rxMsg(CAN_EventDev **event, ACE_UINT32 *pending, ACE_UINT
   if (connected && !configuredConnected) {
     setConnected(false);
     queueEvent(DEV_TYPE_DISCONNECTED, nullptr);
+    logMessage(L"Connection: the box is now unplugged (the configuration says so)");
   } else if (!connected && configuredConnected) {
     setConnected(true);
     queueEvent(DEV_TYPE_CONNECTED, nullptr);
+    logMessage(L"Connection: the box is now plugged in (the configuration says so)");
   }
   *event = events.popForHost(timeoutMs, *pending);
   return *event != nullptr ? E_SUCCESS : E_NO_EVENT;

@@ -93,6 +93,8 @@ void RequestTable::release() {
   arena_.release();
 }
 
+const ResponseList &RequestTable::entryAt(size_t i) const { return *entries_[i]->list; }
+
 size_t RequestTable::bucketOf(const ACE_WString &key) const {
   return ScenarioKeyHash()(key) % headLengths_.size();
 }
@@ -162,6 +164,7 @@ ResponseList *RequestTable::add(const ACE_WString &pattern) {
     entry->~Entry();
     throw;
   }
+  list->pattern = &entry->pattern;
   entry->list = list.release();
   entries_.push_back(entry);
   return entry->list;

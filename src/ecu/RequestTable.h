@@ -47,6 +47,10 @@ struct ScenarioKeyMatch {
 struct ResponseList {
   ACE_UINT32 cursor = 0;
   ACE_Array<ACE_WString> responses;
+  // Where the entry was written: the pattern as stored in the table, and
+  // the line of its EVENEMENT (0 when unknown).
+  const ACE_WString *pattern = nullptr;
+  ACE_UINT32 line = 0;
 };
 
 class RequestTable {
@@ -63,6 +67,8 @@ public:
 
   size_t bucketCount() const { return headLengths_.size(); }
   size_t entryCount() const { return entries_.size(); }
+  // The list of the i-th entry, in the order of adding.
+  const ResponseList &entryAt(size_t i) const;
 
   // The list of the entry that answers `asked`: the newest entry of its
   // bucket whose pattern ScenarioKeyMatch accepts it. Null when none does.

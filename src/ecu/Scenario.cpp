@@ -39,6 +39,11 @@ Scenario::Scenario(const ACE_WString &path) : LecteurXML(path), requests(kInitia
 Scenario::~Scenario() = default;
 
 ACE_INT32 Scenario::findResponse(const ACE_WString &request, ACE_WString &response) {
+  return findResponse(request, response, nullptr);
+}
+
+ACE_INT32 Scenario::findResponse(const ACE_WString &request, ACE_WString &response,
+                                 ScenarioHit *hit) {
   ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lookupLock, -1);
   reloadIfChanged();
   ResponseList *list = requests.find(request);
@@ -50,13 +55,42 @@ ACE_INT32 Scenario::findResponse(const ACE_WString &request, ACE_WString &respon
   if (count == 0)
     return -1;
   response = list->responses[list->cursor];
+  if (hit != nullptr) {
+    hit->line = list->line;
+    hit->pattern = list->pattern != nullptr ? *list->pattern : ACE_WString();
+    hit->index = list->cursor + 1;
+    hit->count = static_cast<ACE_UINT32>(count);
+  }
   list->cursor = static_cast<ACE_UINT32>((list->cursor + 1) % count);
   return 0;
 }
 
+TDomData::LoadProblem Scenario::parseProblem() const {
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lookupLock, TDomData::LoadProblem());
+  return problem;
+}
+
+std::vector<ScenarioHit> Scenario::entries() const {
+  std::vector<ScenarioHit> listed;
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lookupLock, listed);
+  const size_t count = requests.entryCount();
+  listed.reserve(count);
+  for (size_t i = 0; i < count; ++i) {
+    const ResponseList &entry = requests.entryAt(i);
+    ScenarioHit listedEntry;
+    listedEntry.line = entry.line;
+    listedEntry.pattern = entry.pattern != nullptr ? *entry.pattern : ACE_WString();
+    listed.push_back(listedEntry);
+  }
+  return listed;
+}
+
 bool Scenario::parse(const ACE_WString &path) {
   TDomData document;
-  document.load(path);
+  std::vector<size_t> lineStarts;
+  problem = TDomData::LoadProblem();
+  document.load(path, &problem, &lineStarts);
+  ++generation_;
   if (document.isNull())
     return true;
   clearContent();
@@ -64,7 +98,7 @@ bool Scenario::parse(const ACE_WString &path) {
   ACE_Array<TDomData> events;
   document.getSubNodesByTagName(names().evenement, events, true);
   for (size_t i = 0; i < events.size(); ++i)
-    readEvent(path, events[i], i + 1);
+    readEvent(path, events[i], i + 1, events[i].sourceLine(lineStarts));
   return true;
 }
 
@@ -75,7 +109,8 @@ void Scenario::clearContent() { requests.reset(0); }
 
 // One EVENEMENT: the content of the first child element of its first
 // REQUETE is the pattern; each TRAME below its first REPONSE is a response.
-void Scenario::readEvent(const ACE_WString &path, const TDomData &event, size_t position) {
+void Scenario::readEvent(const ACE_WString &path, const TDomData &event, size_t position,
+                         unsigned line) {
   ACE_Array<TDomData> found;
   event.getSubNodesByTagName(names().requete, found, true);
   if (found.size() == 0) {
@@ -106,6 +141,7 @@ void Scenario::readEvent(const ACE_WString &path, const TDomData &event, size_t 
   for (size_t i = 0; i < frames.size(); ++i)
     frames[i].getContent(list->responses[i]);
   list->cursor = 0;
+  list->line = line;
 }
 
 // The pattern is looked up as a request would be: if an entry of its bucket

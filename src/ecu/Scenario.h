@@ -10,7 +10,18 @@
 #include <ace/Recursive_Thread_Mutex.h>
 #include <ace/SString.h>
 
-class TDomData;
+#include "platform/TDomData.h"
+
+#include <atomic>
+#include <vector>
+
+// Which entry answered a look-up: the line of its EVENEMENT, its pattern,
+// and which of its responses (from 1, of how many) was handed out.
+struct ScenarioHit {
+  ACE_UINT32 line = 0;
+  ACE_WString pattern;
+  ACE_UINT32 index = 0, count = 0;
+};
 
 class Scenario : public LecteurXML {
 public:
@@ -24,6 +35,17 @@ public:
   // returns 0. Otherwise returns -1 and leaves `response` as it was.
   // Look-ups on one scenario are serialised by its own lock.
   ACE_INT32 findResponse(const ACE_WString &request, ACE_WString &response);
+  // The same look-up; on a match `hit` (when given) names the entry.
+  ACE_INT32 findResponse(const ACE_WString &request, ACE_WString &response, ScenarioHit *hit);
+
+  // Why the file as last read gave no entries: the parser's complaint, or
+  // an empty message when it parsed.
+  TDomData::LoadProblem parseProblem() const;
+  // Every entry, in file order: its line and pattern (count 0).
+  std::vector<ScenarioHit> entries() const;
+  // Counts the reads of the file, so that a reader of entries() knows when
+  // to look again.
+  unsigned generation() const { return generation_.load(); }
 
   // Number of buckets of the request table (64 before the first load, 32 after).
   size_t bucketCount() const { return requests.bucketCount(); }
@@ -39,11 +61,13 @@ protected:
   void clearContent() override;
 
 private:
-  void readEvent(const ACE_WString &path, const TDomData &event, size_t position);
+  void readEvent(const ACE_WString &path, const TDomData &event, size_t position, unsigned line);
   // The list that takes the responses written for `pattern`: the entry that
   // already matches it, or a new one. Null when the table takes no entry.
   ResponseList *entryFor(const ACE_WString &pattern);
 
   RequestTable requests;
-  ACE_Recursive_Thread_Mutex lookupLock;
+  mutable ACE_Recursive_Thread_Mutex lookupLock;
+  TDomData::LoadProblem problem;
+  std::atomic<unsigned> generation_{0};
 };

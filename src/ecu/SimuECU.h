@@ -10,7 +10,26 @@
 #include <ace/Basic_Types.h>
 #include <ace/SString.h>
 
+#include <atomic>
 #include <memory>
+#include <vector>
+
+// Where an ECU's answer came from, or why there was none.
+struct AnswerOrigin {
+  enum class Kind {
+    Entry,        // a scenario entry answered (hit names it)
+    NoEntry,      // no entry matched: the negative fallback, or silence
+    DialogClosed, // "OPENDIALOG" answered "FALSE" (hit names that entry)
+    NoScenario    // the scenario file could not be read at all
+  };
+  Kind kind = Kind::NoScenario;
+  ScenarioHit hit;
+  // NoEntry: whether the negative fallback was sent.
+  bool negative = false;
+  // The scenario's path, and why it holds no entry when it does not parse.
+  ACE_WString file;
+  TDomData::LoadProblem problem;
+};
 
 class SimuECU : public SimuObject {
 public:
@@ -24,6 +43,8 @@ public:
   // exactly "FALSE". The check is an ordinary look-up: it may reload the
   // file and advances the "OPENDIALOG" rotation.
   bool isDialogOpen();
+  // The same check; a closed dialog's entry goes to `origin` when given.
+  bool isDialogOpen(AnswerOrigin *origin);
 
   // Checks the dialog, then looks `request` (hex text) up. A request the
   // scenario does not know gets, when `answerUnknown` is set, the negative
@@ -31,8 +52,21 @@ public:
   // alone for a request shorter than two characters). True when `response`
   // was set; otherwise `response` is left as it was.
   bool getResponse(const ACE_WString &request, ACE_WString &response, bool answerUnknown);
+  // The same, telling in `origin` (when given) where the answer came from.
+  bool getResponse(const ACE_WString &request, ACE_WString &response, bool answerUnknown,
+                   AnswerOrigin *origin);
+
+  // The scenario path as configured (empty without a scenario).
+  const ACE_WString &scenarioPath() const { return configuredPath; }
+  // The scenario's entries and how often its file was read (for the
+  // session report); empty and 0 without a scenario.
+  std::vector<ScenarioHit> scenarioEntries() const;
+  unsigned scenarioGeneration() const { return scenario ? scenario->generation() : 0; }
 
   bool hasScenario() const { return scenario != nullptr; }
+
+  // The scenario read the session report last listed (AnswerNotes).
+  std::atomic<unsigned> reportedGeneration{~0u};
 
   // Receive identifier: the ECU answers with it.
   const ACE_UINT32 idRx;
@@ -42,4 +76,5 @@ public:
 private:
   std::unique_ptr<Scenario> scenario;
   const ACE_WString negativeCode;
+  const ACE_WString configuredPath;
 };

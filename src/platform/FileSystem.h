@@ -32,3 +32,15 @@ ACE_CString systemPath(const char *path);
 bool readWholeFile(const ACE_WCHAR_T *path, std::vector<char> &content);
 // The same for a path in the ANSI code page.
 bool readWholeAnsiFile(const char *path, std::vector<char> &content);
+
+// Whether a path names its file from the root of a drive or of the file
+// system, rather than from the working directory.
+bool isAbsolutePath(const ACE_WString &path);
+// The process's working directory; empty when it cannot be read.
+ACE_WString workingDirectory();
+// Puts `from` in the place of `to` in one step, so that a reader of `to`
+// sees the old file or the new one, never a half-written one. False when the
+// system refuses.
+bool replaceFile(const ACE_WCHAR_T *from, const ACE_WCHAR_T *to);
+// The value of an environment variable; empty when it is unset or empty.
+ACE_WString environmentValue(const char *name);

@@ -2,6 +2,7 @@
 #include "platform/LogFile.h"
 
 #include "platform/CodePage.h"
+#include "platform/FileSystem.h"
 
 #include <atomic>
 #include <cerrno>
@@ -32,11 +33,36 @@ void LogFile::openFromEnvironment() {
     std::fclose(previous);
 }
 
+void LogFile::openBenchFile(const ACE_WString &path) {
+  static ACE_WString failedPath;
+  std::FILE *file = wideOpenFile(path.c_str(), "a");
+  {
+    std::lock_guard<std::mutex> guard(fileLock);
+    if (file != nullptr && openFile.load() == nullptr) {
+      openFile = file;
+      file = nullptr;
+    } else if (file == nullptr && failedPath != path) {
+      failedPath = path;
+      std::fprintf(stderr,
+                   "cansimu: cannot open the log file %s named by the bench's LOGFILE; "
+                   "log lines go to the system log only\n",
+                   toAnsi(path.c_str()).get());
+      return;
+    } else if (file == nullptr) {
+      return;
+    }
+  }
+  if (file != nullptr)
+    std::fclose(file);
+}
+
 void LogFile::close() {
   std::lock_guard<std::mutex> guard(fileLock);
   if (std::FILE *previous = openFile.exchange(nullptr))
     std::fclose(previous);
 }
+
+bool LogFile::isOpen() { return openFile.load() != nullptr; }
 
 void LogFile::append(const ACE_WCHAR_T *source, const ACE_WCHAR_T *text) {
   // Without a file a line costs this one test.

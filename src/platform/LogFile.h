@@ -19,8 +19,13 @@ class LogFile {
 public:
   // At library load: opens the file CANSIMU_LOG names, if any.
   static void openFromEnvironment();
+  // Opens `path` (named by the bench) unless a file is open already; a
+  // file that cannot be opened is logged once per path.
+  static void openBenchFile(const ACE_WString &path);
   // At library unload.
   static void close();
+  // Whether a file is open.
+  static bool isOpen();
   // Appends one line when a file is open; safe from any thread.
   static void append(const ACE_WCHAR_T *source, const ACE_WCHAR_T *text);
 

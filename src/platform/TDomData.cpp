@@ -3,6 +3,7 @@
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <string>
@@ -52,7 +53,27 @@ std::string utf8TagName(const ACE_WString &tagName) {
 TDomData::TDomData(std::shared_ptr<pugi::xml_document> document, pugi::xml_node node)
     : document_(std::move(document)), node_(node) {}
 
-bool TDomData::load(const ACE_WString &path) {
+bool TDomData::load(const ACE_WString &path) { return load(path, nullptr, nullptr); }
+
+namespace {
+void findLineStarts(const std::vector<char> &text, std::vector<size_t> &starts) {
+  starts.assign(1, 0);
+  if (text.empty())
+    return;
+  const char *begin = text.data();
+  const char *end = begin + text.size();
+  for (const char *at = begin; (at = static_cast<const char *>(std::memchr(at, '\n', end - at)));)
+    starts.push_back(static_cast<size_t>(++at - begin));
+}
+
+unsigned lineOf(const std::vector<size_t> &starts, size_t offset) {
+  return static_cast<unsigned>(std::upper_bound(starts.begin(), starts.end(), offset) -
+                               starts.begin());
+}
+} // namespace
+
+bool TDomData::load(const ACE_WString &path, LoadProblem *problem,
+                    std::vector<size_t> *lineStarts) {
   // The document is parsed in the buffer the file was read into, which it
   // keeps: a scenario of several megabytes is not copied once more.
   struct ParsedFile {
@@ -63,10 +84,29 @@ bool TDomData::load(const ACE_WString &path) {
   // A file found only under its ANSI name (Windows) is read by that name.
   const bool read = readWholeFile(path.c_str(), parsed->text) ||
                     readWholeAnsiFile(toAnsi(path.c_str()).get(), parsed->text);
+  std::vector<size_t> localStarts;
+  std::vector<size_t> &starts = lineStarts != nullptr ? *lineStarts : localStarts;
+  // Lines are counted before the parse, which rewrites the text in place.
+  if (read && (lineStarts != nullptr || problem != nullptr))
+    findLineStarts(parsed->text, starts);
+  pugi::xml_parse_result result;
+  if (read && !parsed->text.empty())
+    result = parsed->document.load_buffer_inplace(parsed->text.data(), parsed->text.size());
   const bool loaded =
-      read && !parsed->text.empty() &&
-      parsed->document.load_buffer_inplace(parsed->text.data(), parsed->text.size()) &&
-      parsed->document.document_element();
+      read && !parsed->text.empty() && result && parsed->document.document_element();
+  if (!loaded && problem != nullptr) {
+    problem->unreadable = !read;
+    problem->line = 0;
+    if (!read)
+      problem->message = "the file cannot be read";
+    else if (parsed->text.empty())
+      problem->message = "the file is empty";
+    else if (!result) {
+      problem->message = result.description();
+      problem->line = result.offset >= 0 ? lineOf(starts, static_cast<size_t>(result.offset)) : 0;
+    } else
+      problem->message = "no root element";
+  }
   if (!loaded) {
     document_.reset();
     node_ = pugi::xml_node();
@@ -154,6 +194,11 @@ bool TDomData::getAttributeValue(const ACE_WString &name, ACE_WString &out) cons
       node_ ? node_.attribute(utf8Of(name).c_str()) : pugi::xml_attribute();
   assignWide(out, attribute ? attribute.value() : "");
   return static_cast<bool>(attribute);
+}
+
+unsigned TDomData::sourceLine(const std::vector<size_t> &lineStarts) const {
+  const long offset = sourceOffset();
+  return offset < 0 || lineStarts.empty() ? 0 : lineOf(lineStarts, static_cast<size_t>(offset));
 }
 
 long TDomData::sourceOffset() const { return node_ ? static_cast<long>(node_.offset_debug()) : -1; }

@@ -8,6 +8,8 @@
 
 #include <memory>
 #include <pugixml.hpp>
+#include <string>
+#include <vector>
 
 class TDomData {
 public:
@@ -17,6 +19,21 @@ public:
   // Parses the file at a wide path into this node as a document. On any
   // failure (missing file, not well-formed XML) the node is left null.
   bool load(const ACE_WString &path);
+
+  // What a failed load met: an unreadable file (line 0) or the parser's
+  // complaint and the line it stopped at (from 1).
+  struct LoadProblem {
+    bool unreadable = false;
+    unsigned line = 0;
+    std::string message;
+  };
+  // The same load, telling why it failed in `problem` and, when `lineStarts`
+  // is given, the offset of every line's first character in the file, so
+  // that sourceLine() can name an element's line.
+  bool load(const ACE_WString &path, LoadProblem *problem, std::vector<size_t> *lineStarts);
+  // The line (from 1) of the element, with the line starts of its load; 0
+  // when unknown.
+  unsigned sourceLine(const std::vector<size_t> &lineStarts) const;
 
   // True when the node holds no document or element.
   bool isNull() const;

@@ -3,6 +3,7 @@
 
 #include "platform/LogFile.h"
 
+#include <atomic>
 #include <mutex>
 
 namespace {
@@ -16,6 +17,7 @@ TalvenLog_Static::Observer &observerSlot() {
   static TalvenLog_Static::Observer observer;
   return observer;
 }
+std::atomic<bool> observerInstalled{false};
 } // namespace
 
 void TalvenLog_Static::logInformation_static(const ACE_WCHAR_T *source, const ACE_WCHAR_T *,
@@ -35,4 +37,9 @@ void TalvenLog_Static::logInformation_static(const ACE_WCHAR_T *source, const AC
 void TalvenLog_Static::setObserver(Observer observer) {
   std::lock_guard<std::recursive_mutex> guard(observerLock());
   observerSlot() = std::move(observer);
+  observerInstalled = static_cast<bool>(observerSlot());
+}
+
+bool TalvenLog_Static::hasReader() {
+  return systemLogWritten() || LogFile::isOpen() || observerInstalled.load();
 }

@@ -20,6 +20,12 @@ public:
   using Observer = std::function<void(const ACE_WCHAR_T *text)>;
   static void setObserver(Observer observer);
 
+  // Whether a line logged now reaches anybody: the system log, the log file
+  // or an observer. Lines that only explain (answer sources) are not even
+  // written when nobody reads them.
+  static bool hasReader();
+
 private:
   static void writeToSystemLog(const ACE_WCHAR_T *source, const ACE_WCHAR_T *text);
+  static bool systemLogWritten();
 };

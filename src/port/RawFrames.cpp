@@ -4,9 +4,11 @@
 // the answers of ECUs outside the association table the same way.
 #include "port/SimuPort.h"
 
+#include "core/BusTrace.h"
 #include "core/HexText.h"
 #include "core/LogMessage.h"
 #include "core/LogText.h"
+#include "ecu/AnswerNotes.h"
 #include "ecu/SimuECU.h"
 #include "platform/CodePage.h"
 
@@ -16,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace {
@@ -52,20 +55,41 @@ CAN_STATUS SimuPort::sendTrame(const CAN_FramePort &frame) {
   // The ECUs are asked without the port's lock: a look-up may re-read a
   // scenario file. The table only ever gains ECUs, and they live as long as
   // the port.
+  const bool notes = answerNotesWanted();
+  std::unique_ptr<BusTrace::Batch> trace;
+  if (BusTrace::enabled()) {
+    trace.reset(new BusTrace::Batch);
+    trace->frame(frame.canId, frame.bytes, frame.length);
+  }
   for (SimuECU *ecu : ecusInTableOrder()) {
     if (frame.canId != CAN_BROADCAST_ID && ecu->idTx != frame.canId)
       continue;
     ACE_WString response;
-    if (!ecu->getResponse(request, response, true))
+    std::optional<AnswerOrigin> origin;
+    if (notes)
+      origin.emplace();
+    if (!ecu->getResponse(request, response, true, origin ? &*origin : nullptr)) {
+      if (origin)
+        noteAnswer(*ecu, request, *origin, false, response);
       continue;
+    }
     logFrameLine(ecu->idRx, L"Response : ", response);
-    if (!enqueueResponse(ecu->idRx, response))
+    const bool queued = enqueueResponse(ecu->idRx, response, trace.get());
+    if (origin)
+      noteAnswer(*ecu, request, *origin, true, response);
+    if (!queued) {
+      if (trace)
+        trace->write();
       return E_INVALID;
+    }
   }
+  if (trace)
+    trace->write();
   return E_SUCCESS;
 }
 
-bool SimuPort::enqueueResponse(ACE_UINT32 canId, const ACE_WString &response) {
+bool SimuPort::enqueueResponse(ACE_UINT32 canId, const ACE_WString &response,
+                               BusTrace::Batch *trace) {
   // Owned here until the queue takes it, so that a failure on the way
   // releases it.
   std::unique_ptr<CAN_FramePort, FreeMemory> frame(
@@ -86,6 +110,8 @@ bool SimuPort::enqueueResponse(ACE_UINT32 canId, const ACE_WString &response) {
   }
   frame->length = static_cast<ACE_UINT32>(count);
   std::memcpy(frame->bytes, bytes.get(), count);
+  if (trace != nullptr)
+    trace->frame(canId, frame->bytes, count);
   if (!queueEvent(PRT_TYPE_FRAME, frame.release())) {
     logFrameLine(canId, L"Response not enqueued on port");
     return false;

@@ -14,6 +14,7 @@
 #pragma once
 
 #include "cansimu/cansimu.h"
+#include "core/BusTrace.h"
 #include "core/GuardedFifo.h"
 #include "core/PointerSet.h"
 #include "core/SimuObject.h"
@@ -92,7 +93,9 @@ public:
   CAN_STATUS sendTrame(const CAN_FramePort &frame);
   // Queues `response` (hex text, at most 8 bytes used) as a PRT_TYPE_FRAME
   // event from `canId`. False, with a log line, when it could not be queued.
-  bool enqueueResponse(ACE_UINT32 canId, const ACE_WString &response);
+  // The frame also goes to `trace` when one is given.
+  bool enqueueResponse(ACE_UINT32 canId, const ACE_WString &response,
+                       BusTrace::Batch *trace = nullptr);
 
   // The channel operations. createChannel: 26 for a broadcast channel
   // (type 1) on a port that has channels, else 0 with the new channel in

@@ -26,7 +26,9 @@ TEST_F(DiagnosticExchange, OneToOneAnswersInRotationAndUnknownRequestsNegatively
   const std::vector<std::string> lines = log.lines();
   EXPECT_EQ(std::vector<std::string>(lines.begin() + before, lines.end()),
             (std::vector<std::string>{"Call to CAN_ChnSendDiag()", "1-1 Request [22F190]",
-                                      "Response [62F19041]", "Frame [62F19041]"}));
+                                      "Response [62F19041]", "Frame [62F19041]",
+                                      "Answer source: ECU 7e0/7e8, request 22F190: entry <" +
+                                          dir.file("engine.xml") + ">:3 22F190, response 1 of 2"}));
   ASSERT_EQ(send(channel, "22F19000"), E_SUCCESS) << "a longer request matches its prefix";
   ASSERT_EQ(send(channel, "2201"), E_SUCCESS);
   for (const char *expected : {"62F19041", "62F19042", "7F2280"}) {

@@ -318,3 +318,38 @@ TEST_F(SimuECUTest, GetResponse_AdvancesTheDialogRotationFirstThenLooksUpTheRequ
   EXPECT_EQ(answer(*ecu, "OPXX"), "T1");
   EXPECT_EQ(answer(*ecu, "OPXX"), "T3");
 }
+
+// The line an answer names is its EVENEMENT's, counted in the file as
+// written: CR LF endings, a comment over several lines, text with entities
+// (all of which the parser rewrites in place) do not shift it; an edit
+// renumbers, and a file that stops parsing keeps no line and says why.
+TEST_F(ScenarioTest, EachHitNamesTheLineOfItsEvenementAsWritten) {
+  const std::string crlf = "<?xml version=\"1.0\"?>\r\n<SCENARIO>\r\n<!-- one\r\ntwo\r\n-->\r\n"
+                           "<EVENEMENT><REQUETE><T>1001</T></REQUETE><REPONSE><TRAME>&#x35;001"
+                           "</TRAME></REPONSE></EVENEMENT>\r\n\r\n"
+                           "<EVENEMENT>\r\n<REQUETE><T>22F1?\?</T></REQUETE>\r\n"
+                           "<REPONSE><TRAME>62F190</TRAME><TRAME>62F191</TRAME></REPONSE>\r\n"
+                           "</EVENEMENT>\r\n</SCENARIO>\r\n";
+  auto scenario = loaded(crlf);
+  ACE_WString response;
+  ScenarioHit hit;
+  ASSERT_EQ(scenario->findResponse(wide("1001"), response, &hit), 0);
+  EXPECT_EQ(std::string(toAnsiString(response).c_str()), "5001");
+  EXPECT_EQ(hit.line, 6u);
+  ASSERT_EQ(scenario->findResponse(wide("22F190"), response, &hit), 0);
+  ASSERT_EQ(scenario->findResponse(wide("22F190"), response, &hit), 0);
+  EXPECT_EQ(hit.line, 8u);
+  EXPECT_EQ(std::string(toAnsiString(hit.pattern).c_str()), "22F1??");
+  EXPECT_EQ(hit.index * 10 + hit.count, 22u) << "the second response of two";
+
+  save(ScenarioFile().event("1001", {"5001"}).xml(), 1);
+  ASSERT_EQ(scenario->findResponse(wide("1001"), response, &hit), 0);
+  EXPECT_EQ(hit.line, 3u);
+  EXPECT_TRUE(scenario->parseProblem().message.empty());
+
+  save("<SCENARIO>\n<EVENEMENT>\n</SCENARIO>\n", 1);
+  EXPECT_NE(scenario->findResponse(wide("1001"), response, &hit), 0);
+  EXPECT_EQ(scenario->parseProblem().line, 3u);
+  EXPECT_EQ(scenario->parseProblem().message, "Start-end tags mismatch");
+  EXPECT_TRUE(scenario->entries().empty());
+}

@@ -20,7 +20,7 @@ CAN_FramePort frameTo(uint32_t canId, std::vector<uint8_t> bytes) {
 }
 } // namespace
 
-TEST_F(RawFrames, TheAddressedEcuAnswersWithItsIdRxAndThreeLogLines) {
+TEST_F(RawFrames, TheAddressedEcuAnswersWithItsIdRxAndItsLogLines) {
   start(ecu("7E0", "7E8",
             ScenarioFile().event("22F190", {"62F19001"}).event("3E", {"7E00112233445566778899"}),
             "engine") +
@@ -36,9 +36,12 @@ TEST_F(RawFrames, TheAddressedEcuAnswersWithItsIdRxAndThreeLogLines) {
   EXPECT_EQ(frame->reserved1 + frame->reserved2, 0u);
   EXPECT_EQ(frameHex(*event), "62F19001");
   EXPECT_EQ(frame->bytes[4] + frame->bytes[7], 0) << "bytes past the length are 0";
+  // The three lines of an answer, then where it came from.
   EXPECT_EQ(log.lines(),
             (std::vector<std::string>{"CAN frame : 22F190", "[7e8]  Response : 62F19001",
-                                      "[7e8]  Response enqueued on port"}));
+                                      "[7e8]  Response enqueued on port",
+                                      "Answer source: ECU 7e0/7e8, request 22F190: entry <" +
+                                          dir.file("engine.xml") + ">:3 22F190, response 1 of 1"}));
   // Unknown: the negative answer with the configured code. Too long: cut to 8.
   const CAN_FramePort unknown = frameTo(0x7E0, {0x19, 0x02});
   const CAN_FramePort present = frameTo(0x7E0, {0x3E});

@@ -4,29 +4,41 @@
 #include "Command.h"
 #include "DeviceSteps.h"
 #include "Errors.h"
+#include "LogFollower.h"
 #include "Output.h"
 #include "Session.h"
 
 #include <cstdio>
+#include <string>
+#include <vector>
 
 namespace {
 
-const char kDetails[] = "Sends each REQUEST (hex, \"22F190\") to one ECU of the bench CONFIG and\n"
-                        "prints each answer decoded: event type, result code, the frame in hex\n"
-                        "with its text, the service and a negative response's code by name.\n"
-                        "ECU is the ECU's targetAddress, its idTx or its scenario file's name\n"
-                        "without extension (\"10\", \"7E0\", \"engine\"), tried in that order.\n"
-                        "\n"
-                        "The request goes as a host sends it: port 96 in mode 1, an association\n"
-                        "table built from the bench's UCE elements, a one-to-one channel to the\n"
-                        "ECU, its session opened, CAN_ChnSendDiag.\n"
-                        "\n"
-                        "  --broadcast   ask every ECU on a broadcast channel (no ECU argument)\n"
-                        "  --frame       send raw CAN frames (CAN_PrtSendTrame, mode 2) to the\n"
-                        "                ECU's idTx, or to 7D0 with --broadcast; at most 8 bytes\n"
-                        "\n"
-                        "Exit status: 0 when every request got an answer, 1 when one did not\n"
-                        "(or the library refused a call), 2 for a bad request or an unknown ECU.\n";
+const char kDetails[] =
+    "Sends each REQUEST (hex, \"22F190\") to one ECU of the bench CONFIG and\n"
+    "prints each answer decoded: event type, result code, the frame in hex\n"
+    "with its text, the service and a negative response's code by name.\n"
+    "ECU is the ECU's targetAddress, its idTx or its scenario file's name\n"
+    "without extension (\"10\", \"7E0\", \"engine\"), tried in that order.\n"
+    "\n"
+    "The request goes as a host sends it: port 96 in mode 1, an association\n"
+    "table built from the bench's UCE elements, a one-to-one channel to the\n"
+    "ECU, its session opened, CAN_ChnSendDiag.\n"
+    "\n"
+    "  --broadcast   ask every ECU on a broadcast channel (no ECU argument)\n"
+    "  --frame       send raw CAN frames (CAN_PrtSendTrame, mode 2) to the\n"
+    "                ECU's idTx, or to 7D0 with --broadcast; at most 8 bytes\n"
+    "  --json        one JSON object per request on its own line: the\n"
+    "                request, the events read (type, name, resultCode,\n"
+    "                frame) and where each ECU's answer came from\n"
+    "\n"
+    "Under each answer, \"from\" names the scenario entry that answered\n"
+    "(engine.xml:41 22F1?\?) or why none did; the library writes it to its log\n"
+    "file, which ask reads (a temporary one unless --log or CANSIMU_LOG names\n"
+    "one).\n"
+    "\n"
+    "Exit status: 0 when every request got an answer, 1 when one did not\n"
+    "(or the library refused a call), 2 for a bad request or an unknown ECU.\n";
 
 // Answers are queued before the request's call returns: only a request
 // without any answer waits this long.
@@ -73,8 +85,52 @@ void warnAboutScenario(const std::string &bench, const BenchEcu &ecu) {
   if (outcome == XmlSource::Outcome::Unreadable)
     printError("cannot read the scenario " + path + ": ECU " + ecu.label() + " never answers");
   else if (outcome == XmlSource::Outcome::NotXml)
-    printError(path + " is not an XML file: ECU " + ecu.label() +
-               " answers every request as unknown");
+    printError(
+        path + " is not an XML file (" +
+        (scenario.problem().line > 0 ? "line " + std::to_string(scenario.problem().line) + ": "
+                                     : std::string()) +
+        scenario.problem().message + "): ECU " + ecu.label() + " answers every request as unknown");
+}
+
+std::string jsonString(const std::string &text) {
+  std::string out = "\"";
+  for (const char c : text) {
+    if (c == '"' || c == '\\')
+      out += '\\';
+    out += c;
+  }
+  return out + "\"";
+}
+
+void printJson(const Bytes &request, const Reading &reading,
+               const std::vector<std::string> &sources) {
+  std::string line = "{\"request\": \"";
+  static const char kDigits[] = "0123456789ABCDEF";
+  for (const uint8_t byte : request) {
+    line += kDigits[byte >> 4];
+    line += kDigits[byte & 0x0F];
+  }
+  line += "\", \"events\": [";
+  const char *separator = "";
+  for (const ReadEvent &event : reading.read) {
+    line += separator;
+    separator = ", ";
+    line += "{\"type\": " + std::to_string(event.type) + ", \"name\": " + jsonString(event.name);
+    if (event.resultCode >= 0)
+      line += ", \"resultCode\": " + std::to_string(event.resultCode);
+    if (!event.frame.empty() || event.resultCode >= 0)
+      line += ", \"frame\": " + jsonString(event.frame);
+    line += "}";
+  }
+  line += "], \"sources\": [";
+  separator = "";
+  for (const std::string &source : sources) {
+    line += separator;
+    separator = ", ";
+    line += "{\"ecu\": " + jsonString(sourceEcu(source)) +
+            ", \"source\": " + jsonString(shownSource(source)) + "}";
+  }
+  std::printf("%s]}\n", line.c_str());
 }
 
 // The heading: whom the requests go to, and how.
@@ -88,6 +144,7 @@ std::string target(const BenchEcu *ecu, bool frames) {
 int runAsk(const Arguments &arguments) {
   const bool broadcast = arguments.has("--broadcast");
   const bool frames = arguments.has("--frame");
+  const bool json = arguments.has("--json");
   const std::vector<std::string> &words = arguments.positional;
   const size_t firstRequest = broadcast ? 1 : 2;
   if (words.size() <= firstRequest)
@@ -96,8 +153,10 @@ int runAsk(const Arguments &arguments) {
   const std::vector<Bytes> requests =
       parseRequests(std::vector<std::string>(words.begin() + firstRequest, words.end()), frames);
 
+  // The log must be named before the session loads the library.
+  const ProgramLog log;
   Session session(arguments.library, words[0]);
-  Bus bus(session, readBench(session.configuration()), Voice::Answers);
+  Bus bus(session, readBench(session.configuration()), json ? Voice::Json : Voice::Answers);
   if (!hasEcus(bus.ecus()))
     throw SetupError(words[0] + " has no usable UCE element: no ECU to ask");
   const BenchEcu *ecu = nullptr;
@@ -110,20 +169,32 @@ int runAsk(const Arguments &arguments) {
       throw SetupError("ECU " + ecu->label() +
                        " has no one-byte targetAddress: no channel reaches it (try --frame)");
   }
-  printHeading(target(ecu, frames));
+  if (!json)
+    printHeading(target(ecu, frames));
   if (ecu != nullptr)
     warnAboutScenario(session.configuration(), *ecu);
   if (!setUp(session, bus, ecu, frames))
     return kExitRefused;
 
   bool everyAnswered = true;
+  LogFollower sources(log.path());
   for (const Bytes &request : requests) {
+    sources.skipToEnd();
     const CAN_STATUS sent = frames ? bus.sendFrame(ecu ? ecu->idTxValue : CAN_BROADCAST_ID, request)
                                    : bus.sendRequest(request);
     if (sent != E_SUCCESS)
       return kExitRefused;
     const Reading reading = frames ? bus.readPort(kReadMs) : bus.readChannel(kReadMs);
     everyAnswered = everyAnswered && reading.answers > 0;
+    const std::vector<std::string> found = sources.newLines("Answer source: ");
+    if (json) {
+      printJson(request, reading, found);
+      continue;
+    }
+    for (const std::string &source : found)
+      printDetail(2, "from " +
+                         (ecu == nullptr ? "ECU " + sourceEcu(source) + ": " : std::string()) +
+                         shownSource(source));
   }
   return everyAnswered ? kExitDone : kExitRefused;
 }
@@ -137,6 +208,6 @@ Command askCommand() {
           kDetails,
           2,
           SIZE_MAX,
-          {"--broadcast", "--frame"},
+          {"--broadcast", "--frame", "--json"},
           runAsk};
 }

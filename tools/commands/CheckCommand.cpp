@@ -28,7 +28,10 @@ const char kDetails[] =
     "codes, frames that are not even-length upper-case hex, an OPENDIALOG\n"
     "answered FALSE, UCE elements that are skipped or name a missing scenario,\n"
     "two ECUs on one idTx or one targetAddress, DETBAUDRATE texts that name no\n"
-    "outcome of a detection.\n"
+    "outcome of a detection. It notes a relative scenario path that a host\n"
+    "started in another folder than the bench's would not find (naming both\n"
+    "folders), and names the line and the parser's message of a file that is\n"
+    "not XML.\n"
     "\n"
     "  --frame   the scenarios answer raw frames (CAN_PrtSendTrame): also\n"
     "            report answers longer than 8 bytes and typed answers\n"
@@ -62,11 +65,22 @@ std::vector<std::string> filesOf(const std::string &argument) {
   return files;
 }
 
-void printFinding(const std::string &path, const Finding &finding) {
+void printFinding(const std::string &path, const Finding &finding, const char *kind = "warning:") {
   const std::string where = path + (finding.line > 0 ? ":" + std::to_string(finding.line) : "");
-  std::printf("%s %s %s\n", boldText(where + ":").c_str(), warningText("warning:").c_str(),
+  std::printf("%s %s %s\n", boldText(where + ":").c_str(), warningText(kind).c_str(),
               finding.message.c_str());
 }
+
+// A file the parser gave up on, with the line and the parser's words.
+std::string notXmlText(const std::string &path, const XmlSource &file) {
+  const TDomData::LoadProblem &problem = file.problem();
+  const std::string where = problem.line > 0 ? path + ":" + std::to_string(problem.line) : path;
+  return where + ": not an XML file: " + problem.message;
+}
+
+} // namespace
+
+namespace {
 
 int runCheck(const Arguments &arguments) {
   CheckOptions options;
@@ -92,7 +106,7 @@ int runCheck(const Arguments &arguments) {
     const XmlSource::Outcome outcome = file.load(path);
     if (outcome != XmlSource::Outcome::Read) {
       printError(outcome == XmlSource::Outcome::Unreadable ? "cannot read " + path
-                                                           : path + " is not an XML file");
+                                                           : notXmlText(path, file));
       unreadable = true;
       continue;
     }
@@ -109,6 +123,8 @@ int runCheck(const Arguments &arguments) {
                      [](const Finding &a, const Finding &b) { return a.line < b.line; });
     for (const Finding &finding : report.findings)
       printFinding(path, finding);
+    for (const Finding &note : report.notes)
+      printFinding(path, note, "note:");
     warnings += report.findings.size();
     queue.insert(queue.end(), report.scenarios.begin(), report.scenarios.end());
   }

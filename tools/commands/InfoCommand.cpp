@@ -4,6 +4,9 @@
 #include "Output.h"
 #include "Records.h"
 #include "Session.h"
+#include "XmlSource.h"
+#include "core/BenchOutputs.h"
+#include "platform/CodePage.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +16,12 @@ namespace {
 const char kDetails[] = "Starts a session with CONFIG and prints what the simulated box reports:\n"
                         "its name and state, boot and application firmware, supply voltages, mode\n"
                         "and port. A box that the configuration unplugs is reported as such: its\n"
-                        "records are refused (E_DISCONNECTED) and the exit status is 1.\n";
+                        "records are refused (E_DISCONNECTED) and the exit status is 1.\n"
+                        "\n"
+                        "Then the files the library writes for this bench, and who named each:\n"
+                        "the log (CANSIMU_LOG or the bench's LOGFILE), the bus trace\n"
+                        "(CANSIMU_TRACE or TRACEFILE) and the session report (CANSIMU_REPORT or\n"
+                        "REPORTFILE); the variable wins when both name one.\n";
 
 // Rows of the table: a label, then either the value or the refusing status.
 void row(const char *label, const std::string &value) {
@@ -24,6 +32,28 @@ void row(const char *label, const std::string &value) {
 bool refusedRow(const char *label, const char *call, CAN_STATUS status) {
   row(label, std::string(call) + " answered " + colouredStatus(status));
   return true;
+}
+
+// The files the library writes, as it chooses them: the variable first,
+// then the bench's element, relative to the bench's folder.
+void outputRows(const std::string &configuration) {
+  XmlSource bench;
+  if (bench.load(configuration) != XmlSource::Outcome::Read)
+    return;
+  const char *labels[] = {"log", "trace", "report"};
+  size_t i = 0;
+  for (const BenchOutputs::Output &output :
+       BenchOutputs::named(bench.document(), toWideString(configuration.c_str()))) {
+    const char *named = std::getenv(output.variable);
+    if (named != nullptr && *named != '\0')
+      row(labels[i], std::string(named) + " (" + output.variable + ")");
+    else if (output.path.length() != 0)
+      row(labels[i],
+          std::string(toAnsiString(output.path).c_str()) + " (the bench's " + output.element + ")");
+    else
+      row(labels[i], "none");
+    ++i;
+  }
 }
 
 int runInfo(const Arguments &arguments) {
@@ -85,6 +115,7 @@ int runInfo(const Arguments &arguments) {
   else
     refused = refusedRow("mode", "CAN_DevGetMode", moded);
   api.DevFree(device);
+  outputRows(session.configuration());
   return refused ? kExitRefused : kExitDone;
 }
 

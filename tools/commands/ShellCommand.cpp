@@ -7,6 +7,7 @@
 #include "Errors.h"
 #include "FirmwareFlash.h"
 #include "InjectionNames.h"
+#include "LogFollower.h"
 #include "Output.h"
 #include "Session.h"
 #include "StatusNames.h"
@@ -65,11 +66,17 @@ const char kDetails[] =
     "                          for a command of several calls, the first that\n"
     "                          did not answer E_SUCCESS): a script that meets a\n"
     "                          mismatch stops with exit status 1\n"
+    "  expect rx TYPE [HEX]    the last answer read (send, frame, rx) has the\n"
+    "                          event type TYPE (name or number) and, when HEX\n"
+    "                          is given, those frame bytes; a final '*' accepts\n"
+    "                          any rest (62F190*)\n"
     "  sleep MS                wait MS milliseconds (at most an hour)\n"
     "  help                    this list\n"
     "  quit                    end the session (so does the end of input)\n"
     "\n"
-    "Each call prints one line with its status; answers are decoded below it.\n"
+    "Each call prints one line with its status; answers are decoded below it,\n"
+    "with the scenario entry that answered (\"from engine.xml:41 22F1??\") or\n"
+    "why none did, as the library's log file tells it.\n"
     "On a terminal the shell prompts, edits the line and keeps a history of\n"
     "the session's commands (arrow keys); Ctrl-C drops the line being typed,\n"
     "or ends the wait of rx, sleep or a flash's progress, and the session goes\n"
@@ -82,7 +89,8 @@ const char kCommandList[] =
     "commands: reserve [NAME], mode [N], version, voltages, reset, flash IMAGE,\n"
     "  port, assoc, baud, measures, channel ECU|broadcast [HEX], open,\n"
     "  send HEX..., close, frame ID HEX, free, rx [MS],\n"
-    "  inject NAME STATUS [DETAIL], expect STATUS, sleep MS, help, quit\n";
+    "  inject NAME STATUS [DETAIL], expect STATUS, expect rx TYPE [HEX],\n"
+    "  sleep MS, help, quit\n";
 
 // Answers are queued before the call that asked returns: only a missing
 // answer waits this long.
@@ -256,7 +264,7 @@ private:
         {"free", 0, 0, Needs::Nothing, &Shell::free},
         {"rx", 0, 1, Needs::Nothing, &Shell::rx},
         {"inject", 2, 3, Needs::Nothing, &Shell::inject},
-        {"expect", 1, 1, Needs::Nothing, &Shell::expect},
+        {"expect", 1, 3, Needs::Nothing, &Shell::expect},
         {"sleep", 1, 1, Needs::Nothing, &Shell::sleep},
     };
     for (const Entry &entry : entries)
@@ -325,10 +333,23 @@ private:
 
   Outcome open(const Words &) {
     // A broadcast session's opening sends the start frame: its answers wait.
+    sources_.skipToEnd();
     const CAN_STATUS status = bus_.openSession();
     if (status == E_SUCCESS && bus_.broadcast())
-      bus_.readChannel(kAnswerMs);
+      remember(bus_.readChannel(kAnswerMs));
+    printSources();
     return status;
+  }
+
+  // The answers of the last read, for expect rx.
+  void remember(const Reading &reading) { lastRead_ = reading.read; }
+
+  // What the library logged about the answers since the last call.
+  void printSources() {
+    for (const std::string &line : sources_.newLines("Answer source: "))
+      printDetail(4, "from " + shownSource(line));
+    for (const std::string &line : sources_.newLines("Session refused by "))
+      printDetail(4, "refused by " + shownSource(line));
   }
 
   Outcome send(const Words &line) {
@@ -337,9 +358,11 @@ private:
       requests.push_back(hexArgument(line[i]));
     CAN_STATUS outcome = E_SUCCESS;
     for (const Bytes &request : requests) {
+      sources_.skipToEnd();
       const CAN_STATUS status = bus_.sendRequest(request);
       if (status == E_SUCCESS)
-        bus_.readChannel(kAnswerMs);
+        remember(bus_.readChannel(kAnswerMs));
+      printSources();
       outcome = firstFailure(outcome, status);
     }
     return outcome;
@@ -354,9 +377,11 @@ private:
     const Bytes bytes = hexArgument(line[2]);
     if (bytes.size() > kFrameBytes)
       throw BadLine{"'" + line[2] + "' is longer than a CAN frame (8 bytes)"};
+    sources_.skipToEnd();
     const CAN_STATUS status = bus_.sendFrame(id, bytes);
     if (status == E_SUCCESS)
-      bus_.readPort(kAnswerMs);
+      remember(bus_.readPort(kAnswerMs));
+    printSources();
     return status;
   }
 
@@ -386,6 +411,8 @@ private:
       if (cancelled() || (port ? bus_.port() : bus_.channel()) == nullptr)
         continue;
       const Reading reading = port ? bus_.readPort(timeout, true) : bus_.readChannel(timeout, true);
+      if (!reading.read.empty())
+        remember(reading);
       events += reading.events;
       if (reading.status != E_SUCCESS && reading.status != E_NO_EVENT)
         failure = reading.status;
@@ -425,6 +452,10 @@ private:
   }
 
   Outcome expect(const Words &line) {
+    if (line[1] == "rx")
+      return expectAnswer(line);
+    if (line.size() > 2)
+      throw BadLine{"expect takes one STATUS, or rx TYPE [HEX]"};
     uint32_t status = 0;
     const NumberReading reading = readNumber(line[1], UINT32_MAX, status);
     if (reading != NumberReading::Read && !statusValue(line[1], status))
@@ -437,6 +468,34 @@ private:
       throw ExpectFailed{lastCommand_ + " answered " + statusText(*last_) + ", not " +
                          statusText(status)};
     printDetail(2, "expect holds: " + lastCommand_ + " answered " + statusText(status));
+    return std::nullopt;
+  }
+
+  // expect rx TYPE [HEX]: the last answer read has this type and frame.
+  Outcome expectAnswer(const Words &line) {
+    if (line.size() < 3)
+      throw BadLine{"expect rx needs an event type: expect rx CHN_TYPE_RCV_SUCCESS [62F190*]"};
+    uint32_t type = 0;
+    if (readNumber(line[2], UINT32_MAX, type) != NumberReading::Read &&
+        !channelEventType(line[2], type) && !portEventType(line[2], type))
+      throw BadLine{"'" + line[2] + "' is neither a number nor an event type name"};
+    std::string pattern = line.size() > 3 ? line[3] : "";
+    const bool prefix = !pattern.empty() && pattern.back() == '*';
+    if (prefix)
+      pattern.pop_back();
+    if (!pattern.empty())
+      hexArgument(pattern);
+    if (lastRead_.empty())
+      throw ExpectFailed{"expect rx: no answer was read"};
+    const ReadEvent &answer = lastRead_.front();
+    const std::string shown = answer.name + (answer.frame.empty() ? "" : " " + answer.frame);
+    const bool frameHolds =
+        line.size() < 4 ||
+        (prefix ? answer.frame.compare(0, pattern.size(), pattern) == 0 : answer.frame == pattern);
+    if (answer.type != type || !frameHolds)
+      throw ExpectFailed{"the answer read was " + shown + ", not " + line[2] +
+                         (line.size() > 3 ? " " + line[3] : "")};
+    printDetail(2, "expect holds: the answer read was " + shown);
     return std::nullopt;
   }
 
@@ -458,6 +517,8 @@ private:
   Bus &bus_;
   bool interactive_;
   Armings armings_;
+  LogFollower sources_{programLogPath()};
+  std::vector<ReadEvent> lastRead_;
   unsigned line_ = 0;
   std::optional<CAN_STATUS> last_;
   std::string lastCommand_;
@@ -476,6 +537,8 @@ bool nextLine(bool interactive, std::string &text) {
 }
 
 int runShell(const Arguments &arguments) {
+  // The log must be named before the session loads the library.
+  const ProgramLog log;
   Session session(arguments.library, arguments.positional[0]);
   Bus bus(session, readBench(session.configuration()), Voice::Steps);
   const bool interactive = inputIsTerminal();

@@ -7,7 +7,11 @@
 #include <ace/OS_NS_sys_stat.h>
 #include <ace/OS_NS_unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+
+#include <unistd.h>
 
 ACE_CString systemPath(const char *path) {
   ACE_CString mapped(path == nullptr ? "" : path);
@@ -50,4 +54,25 @@ FILE *ansiOpenFile(const char *path, const char *mode) {
 
 FILE *wideOpenFile(const ACE_WCHAR_T *path, const char *mode) {
   return ansiOpenFile(toAnsi(path).get(), mode);
+}
+
+bool isAbsolutePath(const ACE_WString &path) {
+  return path.length() > 0 && (path[0] == L'/' || path[0] == L'\\');
+}
+
+ACE_WString workingDirectory() {
+  char buffer[4096];
+  if (::getcwd(buffer, sizeof buffer) == nullptr)
+    return ACE_WString();
+  return toWideString(buffer);
+}
+
+bool replaceFile(const ACE_WCHAR_T *from, const ACE_WCHAR_T *to) {
+  return std::rename(systemPath(toAnsi(from).get()).c_str(),
+                     systemPath(toAnsi(to).get()).c_str()) == 0;
+}
+
+ACE_WString environmentValue(const char *name) {
+  const char *value = std::getenv(name);
+  return value == nullptr ? ACE_WString() : toWideString(value);
 }

@@ -23,3 +23,5 @@ void TalvenLog_Static::writeToSystemLog(const ACE_WCHAR_T *source, const ACE_WCH
   const auto narrowText = toAnsi(text);
   ::syslog(LOG_USER | LOG_INFO, "%s: %s", narrowSource.get(), narrowText.get());
 }
+
+bool TalvenLog_Static::systemLogWritten() { return syslogAvailable; }

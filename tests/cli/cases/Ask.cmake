@@ -8,11 +8,14 @@ cli_case(EXIT 0 ARGS ask ${bench} engine 22F190 280301 22F195 EXPECT
   "> 22 F1 90  ReadDataByIdentifier\n< CHN_TYPE_RCV_SUCCESS \\(2008\\)\n"
   "    ECU 0x10, cOk \\(0\\), 20 bytes: positive ReadDataByIdentifier\n"
   "    62 F1 90 56 46 31 53 49 4D 55 30 30 30 30 30 30  b..VF1SIMU000000\n"
+  "  from entry engine.xml:38 22F190, response 1 of 1\n"
   "> 28 03 01  CommunicationControl\n"
   "    ECU 0x10, cOk \\(0\\): 7F 28 11\n"
   "    negative CommunicationControl: serviceNotSupported \\(0x11\\)\n"
+  "  from no entry: negative fallback\n"
   "< CHN_TYPE_RCV_CORRUPTED_FRAME \\(2004\\)\n"
-  "    ECU 0x10, cLongueurTrameFausse \\(69\\): 62 F1  positive ReadDataByIdentifier\n$")
+  "    ECU 0x10, cLongueurTrameFausse \\(69\\): 62 F1  positive ReadDataByIdentifier\n"
+  "  from entry engine.xml:66 22F195, response 1 of 1\n$")
 # Named by idTx; a typed answer without a frame carries the request back.
 cli_case(EXIT 0 ARGS ask ${bench} 7E0 3101FF00 EXPECT
   "< CHN_TYPE_RCV_FAILED_TIMEOUT \\(2007\\)\n    with the request 31 01 FF 00 \\(RoutineControl\\)")
@@ -21,18 +24,26 @@ cli_case(EXIT 0 ARGS ask ${bench} 7E0 3101FF00 EXPECT
 cli_case(EXIT 1 ARGS ask ${bench} --broadcast 3E00 3F00 EXPECT
   "^every ECU, on a broadcast channel\n"
   "ECU 0x10, cOk \\(0\\): 7E 00  positive TesterPresent" "ECU 0x01" "ECU 0x40"
-  "< CHN_TYPE_END_OF_RCV \\(2011\\)\n> 3F 00\n< CHN_TYPE_END_OF_RCV \\(2011\\)\n$")
+  "< CHN_TYPE_END_OF_RCV \\(2011\\)\n  from ECU 7e0/7e8: entry engine.xml:[0-9]+ 3E00"
+  "> 3F 00\n< CHN_TYPE_END_OF_RCV \\(2011\\)\n"
+  "  from ECU 7e0/7e8: no entry: not answered on this channel\n"
+  "  from ECU 710/77a: no entry: not answered on this channel\n"
+  "  from ECU 745/765: no entry: not answered on this channel\n$")
 # Raw frames carry 8 bytes at most; 7D0 reaches every ECU.
 cli_case(EXIT 0 ARGS ask ${bench} 40 --frame 22F187 EXPECT
   "^ECU 0x40 body, raw frames on 745/765\n> 745: 22 F1 87  ReadDataByIdentifier\n"
   "< PRT_TYPE_FRAME \\(323\\)\n    from 765, 8 bytes: positive ReadDataByIdentifier\n"
-  "    62 F1 87 42 43 4D 2D 34 +b..BCM-4\n$")
+  "    62 F1 87 42 43 4D 2D 34 +b..BCM-4\n"
+  "  from entry body.xml:[0-9]+ 22F187, response 1 of 1\n$")
 cli_case(EXIT 0 ARGS ask ${bench} --broadcast --frame 3E00 EXPECT
   "raw frames on 7D0" "from 7E8: 7E 00" "from 765: 7E 00" "from 77A: 7E 00")
 # A scenario that is no XML: a word first, then the negative answers.
 cli_case(EXIT 0 ARGS ask ${DATA}/broken-scenario.xml 10 1001 EXPECT
   "7F 10 80  negative DiagnosticSessionControl: code \\(0x80\\)\n"
-  "cansimu: .*not-xml.xml is not an XML file: ECU 0x10 not-xml answers every request as unknown")
+  "from no entry: negative fallback \\(the scenario not-xml.xml does not parse: line 1: "
+  "No document element found\\)\n"
+  "cansimu: .*not-xml.xml is not an XML file \\(line 1: No document element found\\): ECU 0x10 "
+  "not-xml answers every request as unknown")
 
 # Bad input: one line naming the argument or the file.
 cli_case(EXIT 2 ARGS ask ${bench} nobody 1001 EXPECT
