@@ -15,10 +15,11 @@ from .binding import (CAN_BROADCAST_ID, CansimuError, ChannelEvent, ChannelType,
                       DriverEvent, LibraryError, PortEvent, ResultCode, Status, StatusError,
                       load_library)
 from .session import Answer, Channel, Frame, Session, SessionClosedError
+from .sources import AnswerSource
 
 __version__ = "0.1.0"
 
-__all__ = ["Session", "Channel", "Answer", "Frame", "Ecu", "CansimuError", "LibraryError",
+__all__ = ["Session", "Channel", "Answer", "AnswerSource", "Frame", "Ecu", "CansimuError", "LibraryError",
            "StatusError", "SessionClosedError", "BenchError", "Status", "DriverEvent",
            "DeviceEvent", "PortEvent", "ChannelEvent", "ChannelType", "ResultCode",
            "CAN_BROADCAST_ID", "load_library"]

@@ -411,6 +411,10 @@ class Library:
     def __init__(self, path, why=""):
         self.path = Path(path)
         self.why = why
+        # What the library reads from the environment when it loads, as it
+        # was then: the files it writes for the whole process.
+        self.outputs = {name: Path(os.environ[name]).absolute() if os.environ.get(name) else None
+                        for name in OUTPUT_VARIABLES}
         try:
             self._dll = ctypes.CDLL(str(path))
         except OSError as error:
@@ -447,16 +451,26 @@ def _raise_for_status(name):
 _loaded = {}
 _loading = threading.Lock()
 
+# The environment variables the library reads once, when it is loaded.
+OUTPUT_VARIABLES = ("CANSIMU_LOG", "CANSIMU_TRACE", "CANSIMU_REPORT")
+
+
+def _chosen(path):
+    return (Path(path), "given") if path is not None else library_candidates()[0]
+
+
+def loaded_library(path=None):
+    """The Library load_library(path) would return, if this process has
+    loaded it already; None otherwise."""
+    with _loading:
+        return _loaded.get(str(_chosen(path)[0]))
+
 
 def load_library(path=None):
     """The library at `path`, or the first the lookup finds; each file is
     loaded once per process (its state is the process's)."""
     with _loading:
-        if path is not None:
-            choices = [(Path(path), "given")]
-        else:
-            choices = library_candidates()
-        path, why = choices[0]
+        path, why = _chosen(path)
         key = str(path)
         if key in _loaded:
             return _loaded[key]
@@ -653,5 +667,5 @@ _free.argtypes, _free.restype = [ctypes.c_void_p], None
 __all__ = ["CansimuError", "LibraryError", "StatusError", "Status", "DriverEvent",
            "DeviceEvent", "PortEvent", "ChannelEvent", "ChannelType", "ResultCode",
            "records", "RECORDS", "EXPORTS", "build_records", "record_layouts", "load_library",
-           "Library", "read_event", "Event", "Record", "copy_record", "free_list",
+           "Library", "loaded_library", "OUTPUT_VARIABLES", "read_event", "Event", "Record", "copy_record", "free_list",
            "CAN_BROADCAST_ID"]

@@ -9,10 +9,19 @@ host's association table loaded from the bench's UCE elements. Channels ask
 the ECUs; raw frames, injections and edits of the files are one call each.
 Closing releases channels, port, box and driver in that order, also after a
 failure, and leaves the working directory as it was.
+
+The library reads CANSIMU_LOG, CANSIMU_TRACE and CANSIMU_REPORT once, when
+it is loaded. A session that loads it sets them first: the log to a
+temporary file when none is named (each answer's source is read from it),
+the trace and the report when asked for.
 """
 
+import atexit
 import ctypes
+import dataclasses
+import json
 import os
+import shutil
 import tempfile
 import threading
 from dataclasses import dataclass
@@ -20,8 +29,9 @@ from pathlib import Path
 
 from . import bench as bench_files
 from .binding import (CansimuError, ChannelEvent, ChannelType, PortEvent, ResultCode, Status,
-                      event_type_enum, free_list, load_library, read_event,
+                      event_type_enum, free_list, load_library, loaded_library, read_event,
                       records, copy_record, _known)
+from .sources import AnswerSource, LogFollower
 
 PORT_NUMBER = 96
 # How long the reads after a reservation wait: what they are for is queued.
@@ -43,6 +53,9 @@ class Answer:
     data: "bytes | None"
     responder: "int | None"
     request: "bytes | None"
+    # Where the answer came from, from the library's log; None when the log
+    # said nothing of it (no log, or an event that is no ECU's answer).
+    source: "AnswerSource | None" = None
 
 
 @dataclass(frozen=True)
@@ -62,16 +75,67 @@ def _bytes_of(value):
 
 _session_lock = threading.Lock()
 _open_session = None
+_output_folder = None
+
+
+def _temporary_output(name):
+    """A path in a folder of this process's own, removed at exit (the
+    library writes its outputs for as long as the process runs)."""
+    global _output_folder
+    if _output_folder is None:
+        _output_folder = tempfile.mkdtemp(prefix="cansimu-outputs-")
+        atexit.register(shutil.rmtree, _output_folder, True)
+    return Path(_output_folder) / name
+
+
+def _library_with_outputs(library, wanted):
+    """The library, loaded with the environment `wanted` asks for ({variable:
+    path}). One that this process loaded already read its variables then:
+    a wanted output it was not given cannot be had any more."""
+    if hasattr(library, "unchecked"):
+        loaded = library
+    else:
+        loaded = loaded_library(library)
+    if loaded is None:
+        if not os.environ.get("CANSIMU_LOG"):
+            os.environ["CANSIMU_LOG"] = str(_temporary_output("cansimu.log"))
+        os.environ.update({name: str(path) for name, path in wanted.items()})
+        return load_library(library)
+    for name, path in wanted.items():
+        if loaded.outputs.get(name) != path:
+            had = loaded.outputs.get(name) or "unset"
+            raise CansimuError(
+                f"the library {loaded.path} is already loaded in this process, with {name} "
+                f"{had}; it reads {name} only when it loads, so {path} cannot be written. "
+                f"Set {name} before the first session, or open this one in a new process")
+    return loaded
 
 
 class Session:
     """One open bench. `bench` is the path of a bench file, or the XML text
     of one, which is written to a temporary folder together with `files`
-    ({name: text}, scenarios for instance). Use it as a context manager."""
+    ({name: text}, scenarios for instance). Use it as a context manager.
 
-    def __init__(self, bench, files=None, library=None, mode=1):
-        self.library = load_library(library) if not hasattr(library, "unchecked") \
-            else library
+    `trace` and `report` turn on the bus trace and the session report: a
+    path, or True for a temporary file; they must be given to the session
+    that loads the library (see the module's note), else CansimuError. The
+    paths the library writes are `log_path`, `trace_path`, `report_path`
+    (None when it writes none)."""
+
+    def __init__(self, bench, files=None, library=None, mode=1, trace=None, report=None):
+        wanted = {}
+        for name, value, default in (("CANSIMU_TRACE", trace, "bus.log"),
+                                     ("CANSIMU_REPORT", report, "report.json")):
+            if value is True:
+                wanted[name] = _temporary_output(default)
+            elif value:
+                wanted[name] = Path(value).resolve()
+        self.library = _library_with_outputs(library, wanted)
+        outputs = getattr(self.library, "outputs", {})
+        self.log_path = outputs.get("CANSIMU_LOG")
+        self.trace_path = outputs.get("CANSIMU_TRACE")
+        self.report_path = outputs.get("CANSIMU_REPORT")
+        self._log = LogFollower(self.log_path)
         self._temporary = None
         text = str(bench)
         if text.lstrip().startswith("<"):
@@ -195,6 +259,19 @@ class Session:
         except Exception:
             if error is None:
                 raise  # a failure of the body takes precedence
+
+    def report(self):
+        """The session report as the library last wrote it, parsed (after
+        close, the one CAN_DrvEnd wrote); None before its first write.
+        The counts are the library's since it was loaded."""
+        if self.report_path is None:
+            raise CansimuError("the library writes no session report: open the session "
+                               "that loads it with report=..., or set CANSIMU_REPORT")
+        try:
+            with open(self.report_path, encoding="utf-8") as file:
+                return json.load(file)
+        except FileNotFoundError:
+            return None
 
     @property
     def is_open(self):
@@ -387,6 +464,7 @@ class Channel:
                 ecuAddress=0 if ecu is None else ecu.address, startFrameLength=len(start),
                 startFrame=ctypes.cast(frame, ctypes.POINTER(ctypes.c_uint8)))
             lib.CAN_ChnConfig(handle, ctypes.byref(config))
+            session._log.skip()
             lib.CAN_ChnOpenSession(handle)
             self._session_open = True
         except BaseException:
@@ -405,21 +483,38 @@ class Channel:
         data = (ctypes.c_uint8 * (len(payload) + 1)).from_buffer_copy(payload + b"\0")
         message = records.CAN_DiagMsg(0, len(payload),
                                       ctypes.cast(data, ctypes.POINTER(ctypes.c_uint8)))
+        log = self.session._log
+        log.skip()
         self.session.library.CAN_ChnSendDiag(self.handle, ctypes.byref(message))
         return self.read(timeout_ms)
 
+    def _with_sources(self, answers, sources):
+        """Each answer that carries an ECU's frame gets the source the log
+        gave for that ECU (one line per ECU and request); the others, and
+        all when the log named no such ECU, get None."""
+        by_address = {}
+        for source in sources:
+            for ecu in self.session.ecus:
+                if ecu.id_rx == source.id_rx and ecu.address is not None:
+                    by_address.setdefault(ecu.address, source)
+        return [dataclasses.replace(answer, source=by_address.get(answer.responder))
+                if answer.responder is not None else answer for answer in answers]
+
     def read(self, timeout_ms=100):
-        """The events queued on the channel, as Answers."""
+        """The events queued on the channel, as Answers, each with the source
+        the log gave since the request (or the session's opening)."""
         answers = []
         while True:
             event = read_event(self.session.library, "channel", self.handle, timeout_ms)
             if event is None:
-                return answers
+                break
             if event.type == ChannelEvent.CHN_TYPE_END_OF_RCV:
-                return answers
+                break
             answers.append(_answer(event))
             if event.pending == 0 and not self.broadcast:
-                return answers
+                break
+        # The library logs each ECU's source before the call that asked returns.
+        return self._with_sources(answers, self.session._log.new_sources())
 
     def close(self):
         """Closes the channel's session, reads away what it still queued and
@@ -460,4 +555,4 @@ def _answer(event):
         request=event.request)
 
 
-__all__ = ["Session", "Channel", "Answer", "Frame", "SessionClosedError", "PORT_NUMBER"]
+__all__ = ["Session", "Channel", "Answer", "AnswerSource", "Frame", "SessionClosedError", "PORT_NUMBER"]
