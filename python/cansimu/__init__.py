@@ -19,7 +19,8 @@ from .sources import AnswerSource
 
 __version__ = "0.1.0"
 
-__all__ = ["Session", "Channel", "Answer", "AnswerSource", "Frame", "Ecu", "CansimuError", "LibraryError",
+__all__ = ["Session", "Channel", "Answer", "AnswerSource", "Frame", "Ecu", "CansimuError",
+           "LibraryError",
            "StatusError", "SessionClosedError", "BenchError", "Status", "DriverEvent",
            "DeviceEvent", "PortEvent", "ChannelEvent", "ChannelType", "ResultCode",
            "CAN_BROADCAST_ID", "load_library"]

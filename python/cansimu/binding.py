@@ -667,5 +667,6 @@ _free.argtypes, _free.restype = [ctypes.c_void_p], None
 __all__ = ["CansimuError", "LibraryError", "StatusError", "Status", "DriverEvent",
            "DeviceEvent", "PortEvent", "ChannelEvent", "ChannelType", "ResultCode",
            "records", "RECORDS", "EXPORTS", "build_records", "record_layouts", "load_library",
-           "Library", "loaded_library", "OUTPUT_VARIABLES", "read_event", "Event", "Record", "copy_record", "free_list",
+           "Library", "loaded_library", "OUTPUT_VARIABLES", "read_event", "Event", "Record",
+           "copy_record", "free_list",
            "CAN_BROADCAST_ID"]

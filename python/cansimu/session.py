@@ -555,4 +555,5 @@ def _answer(event):
         request=event.request)
 
 
-__all__ = ["Session", "Channel", "Answer", "AnswerSource", "Frame", "SessionClosedError", "PORT_NUMBER"]
+__all__ = ["Session", "Channel", "Answer", "AnswerSource", "Frame", "SessionClosedError",
+           "PORT_NUMBER"]

@@ -5,7 +5,6 @@ import json
 import re
 import subprocess
 import sys
-import textwrap
 from collections import Counter
 
 import can
