@@ -1,4 +1,4 @@
-"""ISO 15765-2 (ISO-TP) transport over classic CAN frames, normal addressing.
+"""ISO 15765-2 (ISO-TP) transport over CAN frames, normal addressing.
 
 The two halves are separate so that each user takes what it needs: the
 python-can bus answers like an ECU (it reassembles requests, sends flow
@@ -9,7 +9,10 @@ payloads and back; the caller sends, waits and sets deadlines.
 Frames (first nibble of byte 0): single (0, length in the low nibble), first
 (1, 12-bit length, or 0 and a 32-bit length beyond 4095 bytes), consecutive
 (2, sequence number modulo 16, starting at 1), flow control (3, status:
-0 continue, 1 wait, 2 overflow; then block size and STmin).
+0 continue, 1 wait, 2 overflow; then block size and STmin). The segmenter
+writes classic 8-byte frames; the reassembler also reads CAN FD frames,
+whose single frames above 8 bytes carry a 0 nibble and the length in byte 1,
+and whose consecutive frames carry up to 63 bytes each.
 """
 
 import enum
@@ -174,10 +177,12 @@ class Reassembler:
         kind = frame_type(data)
         if kind == FrameType.SINGLE:
             self._reset()
-            length = data[0] & 0x0F
-            if length == 0 or length > len(data) - 1:
+            length, header = data[0] & 0x0F, 1
+            if length == 0 and len(data) > FRAME_SIZE:
+                length, header = data[1], 2  # CAN FD: the length in the next byte
+            if length == 0 or length > len(data) - header:
                 raise IsoTpError(f"single frame of length {length} in {len(data)} bytes")
-            return data[1:1 + length]
+            return data[header:header + length]
         if kind == FrameType.FIRST:
             self._reset()
             return self._first(data)
