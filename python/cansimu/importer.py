@@ -84,6 +84,7 @@ class Ecu:
         self.error_lines = []
         self.non_diagnostic = 0
         self.not_scripted = []  # (request hex, reason)
+        self._texts = {}
 
     @property
     def label(self):
@@ -109,7 +110,8 @@ class Ecu:
         entry = self.entries.get(request.hex().upper())
         if entry is None:
             entry = self.entries[request.hex().upper()] = Entry(position)
-        entry.answers.append(payload.hex().upper())
+        text = payload.hex().upper()
+        entry.answers.append(self._texts.setdefault(text, text))  # one string per distinct answer
 
     def scripted(self):
         """The entries to write, in first-seen order. The library matches a
@@ -412,6 +414,20 @@ PORT = """\
 """
 
 
+def period(answers):
+    """The shortest cycle the answers repeat from the start (KMP's failure
+    function): the rotation that hands them out in the recorded order is that
+    cycle, as the library starts a rotation again after its last answer."""
+    border, failure = 0, [0] * len(answers)
+    for index in range(1, len(answers)):
+        while border and answers[index] != answers[border]:
+            border = failure[border - 1]
+        if answers[index] == answers[border]:
+            border += 1
+        failure[index] = border
+    return answers[:len(answers) - failure[-1]] if answers else answers
+
+
 def _comment(text):
     text = text.replace("--", "- -")
     return text + " " if text.endswith("-") else text
@@ -426,8 +442,7 @@ def scenario_text(ecu, sources):
              "    <REPONSE><TRAME>TRUE</TRAME></REPONSE>",
              "  </EVENEMENT>"]
     for request, entry in ecu.scripted().items():
-        # A rotation of one answer repeated is that answer.
-        replies = entry.answers if len(set(entry.answers)) > 1 else entry.answers[:1]
+        replies = period(entry.answers)
         seen = f"{len(entry.answers)} answers" if len(entry.answers) > 1 else "1 answer"
         lines.append(f"  <!-- {_comment(f'first seen at {entry.first}, {seen}')} -->")
         lines.append("  <EVENEMENT>")

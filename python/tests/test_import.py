@@ -301,3 +301,20 @@ def test_the_module_runs_as_a_program(tmp_path):
                            str(tmp_path / "out")], capture_output=True, text=True)
     assert done.returncode == 0, done.stderr
     assert done.stdout.splitlines()[0] == f"{len(SESSION)} frames read"
+
+
+@pytest.mark.parametrize("values, rotation", [
+    ("AAAA", "A"),
+    ("ABABA", "AB"),  # the cycle gives the recorded order, then goes on
+    ("ABCA", "ABC"),
+    ("AAB", "AAB"),
+    ("ABAAB", "ABA"),
+])
+def test_the_rotation_is_the_shortest_cycle_giving_the_recorded_answers(tmp_path, values,
+                                                                       rotation):
+    frames = [frame for value in values
+              for frame in _answer(b"\x22\xDD\x01", b"\x62\xDD\x01" + value.encode())]
+    import_traces([write_log(tmp_path / "bus.log", frames)], tmp_path / "out")
+    written = re.findall(r"<TRAME>62DD01(\w\w)</TRAME>",
+                         (tmp_path / "out" / "ecu_7E0.xml").read_text())
+    assert "".join(bytes.fromhex(v).decode() for v in written) == rotation
