@@ -153,13 +153,12 @@ class _Functional:
 class _Sender:
     """The reassembly state of one identifier."""
 
-    __slots__ = ("reassembler", "start", "owner", "frames")
+    __slots__ = ("reassembler", "start", "owner")
 
     def __init__(self, owner):
         self.reassembler = isotp.Reassembler()
         self.start = None
         self.owner = owner  # (Ecu, "tx" or "rx"), a _Functional, or None (not known yet)
-        self.frames = 0
 
 
 class _Complaints(logging.Handler):
@@ -490,6 +489,9 @@ def parse_link(text):
         raise ImportFailure(f"--ecu {text}: write TX/RX=NAME, as 710/77A=gateway") from None
     if name and not all(c.isalnum() or c in "_-." for c in name):
         raise ImportFailure(f"--ecu {text}: a name of letters, digits, '_', '-', '.'")
+    if name.lower() == "bench":
+        raise ImportFailure(f"--ecu {text}: bench.xml is the bench's file; name the ECU "
+                            "otherwise")
     extended = max(tx, rx) > 0x7FF or len(tx_text) > 3 or len(rx_text) > 3
     return tx, rx, extended, name or None
 

@@ -188,9 +188,10 @@ def test_transport_cases(tmp_path, frames, scenarios, errors, unanswered):
             sum(count for count, _ in engine.unanswered.values())) == (errors, unanswered)
 
 
-def test_29_bit_identifiers_and_an_ecu_named_by_the_user(tmp_path):
-    frames = exchange(0x18DA40F1, 0x18DAF140, b"\x22\xF1\x90", LONG, extended=True) \
-        + exchange(0x600, 0x601, b"\x11\x01", b"\x51\x01")
+def test_interleaved_29_bit_and_11_bit_conversations_and_an_ecu_named_by_the_user(tmp_path):
+    long = exchange(0x18DA40F1, 0x18DAF140, b"\x22\xF1\x90", LONG, extended=True)
+    short = exchange(0x600, 0x601, b"\x11\x01", b"\x51\x01")
+    frames = long[:3] + short[:1] + long[3:10] + short[1:] + long[10:]
     importer = imported(write_log(tmp_path / "bus.log", frames),
                         links=[(0x600, 0x601, False, "door")])
     assert scripted(importer) == {"door": {"1101": ["5101"]},
@@ -240,6 +241,9 @@ def test_the_command_writes_once_then_needs_force_and_dry_run_writes_nothing(tmp
         "bench.xml", "ecu_18DA10F1.xml", "ecu_7E0.xml", "ecu_7E1.xml", "gateway.xml"]
     assert main(["import", str(log), "--out", str(out)]) == 1
     assert "--force" in capsys.readouterr().err
+    for wrong in ("7E0", "7E0/7E8=bench", "7E0/XYZ"):
+        assert main(["import", str(log), "--out", str(tmp_path / "o"), "--ecu", wrong]) == 1
+        assert capsys.readouterr().err.startswith(f"cansimu import: --ecu {wrong}: ")
     assert main(["import", str(log), "--out", str(out), "--force"]) == 0
 
 
