@@ -503,7 +503,9 @@ def import_traces(traces, out, links=(), dry_run=False, force=False):
     out = Path(out)
     if not traces:
         raise ImportFailure("no trace to import")
-    if not dry_run and out.exists() and (not out.is_dir() or any(out.iterdir())) and not force:
+    if out.exists() and not out.is_dir():
+        raise ImportFailure(f"{out}: is a file, not a folder")
+    if not dry_run and out.exists() and any(out.iterdir()) and not force:
         raise ImportFailure(f"{out}: exists and is not empty; --force overwrites it")
     importer = Importer(links)
     for trace in traces:
@@ -522,7 +524,10 @@ def import_traces(traces, out, links=(), dry_run=False, force=False):
     for ecu in ecus:
         files[out / f"{ecu.name}.xml"] = scenario_text(ecu, sources)
     if not dry_run:
-        out.mkdir(parents=True, exist_ok=True)
-        for path, text in files.items():
-            path.write_text(text, encoding="utf-8")
+        try:
+            out.mkdir(parents=True, exist_ok=True)
+            for path, text in files.items():
+                path.write_text(text, encoding="utf-8")
+        except OSError as error:
+            raise ImportFailure(f"{out}: cannot be written: {error}") from None
     return report, list(files)

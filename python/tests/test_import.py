@@ -64,6 +64,7 @@ SESSION = (
     + exchange(0x710, 0x77A, b"\x22\xF1\x8C", b"\x62\xF1\x8C" + b"GW-0001")
     + exchange(0x18DA10F1, 0x18DAF110, b"\x19\x02\xFF", b"\x59\x02\xFF\x03\x01\x00\x2F",
                extended=True)
+    + exchange(0x18DB33F1, 0x18DAF110, b"\x3E\x00", b"\x7E\x00", extended=True)
     + [(0x123, b"\x11\x22\x33\x45", False)]
 )
 
@@ -73,7 +74,7 @@ SESSION_SCENARIOS = {
                 "3E00": ["7E00"]},
     "ecu_7E1": {"3E00": ["7E00"]},
     "ecu_710": {"22F18C": ["62F18C" + b"GW-0001".hex().upper()]},
-    "ecu_18DA10F1": {"1902FF": ["5902FF0301002F"]},
+    "ecu_18DA10F1": {"1902FF": ["5902FF0301002F"], "3E00": ["7E00"]},
 }
 
 
@@ -241,6 +242,9 @@ def test_the_command_writes_once_then_needs_force_and_dry_run_writes_nothing(tmp
         "bench.xml", "ecu_18DA10F1.xml", "ecu_7E0.xml", "ecu_7E1.xml", "gateway.xml"]
     assert main(["import", str(log), "--out", str(out)]) == 1
     assert "--force" in capsys.readouterr().err
+    (tmp_path / "a-file").write_text("")
+    assert main(["import", str(log), "--out", str(tmp_path / "a-file"), "--force"]) == 1
+    assert "is a file" in capsys.readouterr().err
     for wrong in ("7E0", "7E0/7E8=bench", "7E0/XYZ"):
         assert main(["import", str(log), "--out", str(tmp_path / "o"), "--ecu", wrong]) == 1
         assert capsys.readouterr().err.startswith(f"cansimu import: --ecu {wrong}: ")
