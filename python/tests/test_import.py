@@ -6,7 +6,6 @@ import os
 import re
 import shutil
 import subprocess
-import sys
 from pathlib import Path
 
 import can
@@ -23,15 +22,10 @@ START = 1700000000.0
 
 def program():
     """The cansimu program built beside the library the run uses."""
-    named = os.environ.get("CANSIMU_PROGRAM")
-    if named:
-        return Path(named)
     library = os.environ.get("CANSIMU_LIBRARY")
-    if library:
-        beside = Path(library).resolve().parents[1] / "tools" / "cansimu"
-        if beside.is_file():
-            return beside
-    found = shutil.which("cansimu")
+    beside = library and Path(library).resolve().parents[1] / "tools" / "cansimu"
+    found = os.environ.get("CANSIMU_PROGRAM") or (beside if beside and beside.is_file()
+                                                  else shutil.which("cansimu"))
     return Path(found) if found else None
 
 
@@ -301,14 +295,6 @@ def test_a_traced_session_imported_answers_the_same_requests_the_same_way(tmp_pa
                             trace=replay)
         assert asked.returncode == 0, asked.stderr
         assert frames_of(replay) == frames_of(trace)
-
-
-def test_the_module_runs_as_a_program(tmp_path):
-    log = write_log(tmp_path / "bus.log", SESSION)
-    done = subprocess.run([sys.executable, "-m", "cansimu", "import", str(log), "--out",
-                           str(tmp_path / "out")], capture_output=True, text=True)
-    assert done.returncode == 0, done.stderr
-    assert done.stdout.splitlines()[0] == f"{len(SESSION)} frames read"
 
 
 @pytest.mark.parametrize("values, rotation", [
