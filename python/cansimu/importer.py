@@ -74,7 +74,10 @@ class Ecu:
         self.tx, self.rx, self.extended = tx, rx, extended
         self.name = name or f"ecu_{_hex_id(tx, extended)}"
         self.entries = {}  # request hex -> Entry, in first-seen order
-        self.pending = None  # (request bytes, Position) awaiting an answer
+        # Requests awaiting an answer, one per service: a tester keeps a
+        # session alive with tester present (often asking for no answer)
+        # while an ECU works on a request, so answers pair by service.
+        self.pending = {}  # service -> (request bytes, Position)
         self.requests = 0
         self.answers = 0
         self.pending_dropped = 0
@@ -96,10 +99,10 @@ class Ecu:
             self.error_lines.append(f"{position}: {text}")
 
     def ask(self, request, position):
-        if self.pending is not None:
-            self.unanswer(*self.pending)
+        if request[0] in self.pending:
+            self.unanswer(*self.pending[request[0]])
         self.requests += 1
-        self.pending = (request, position)
+        self.pending[request[0]] = (request, position)
 
     def unanswer(self, request, position):
         seen = self.unanswered.setdefault(request.hex().upper(), [0, position])
@@ -253,9 +256,9 @@ class Importer:
                                                     f"by the end of {name}")
             sender.reassembler = isotp.Reassembler()
         for ecu in self.ecus:
-            if ecu.pending is not None:
-                ecu.unanswer(*ecu.pending)
-                ecu.pending = None
+            for pending in ecu.pending.values():
+                ecu.unanswer(*pending)
+            ecu.pending.clear()
         for functional in self.functionals.values():
             functional.close()
         self._candidates.clear()
@@ -310,9 +313,8 @@ class Importer:
         self._answer(ecu, payload, position)
 
     def _answer(self, ecu, payload, position):
-        chosen = None
-        if ecu.pending is not None and answers(payload, ecu.pending[0]):
-            chosen = ecu.pending
+        service = payload[1] if payload[0] == 0x7F and len(payload) >= 3 else payload[0] - 0x40
+        chosen = ecu.pending.get(service)
         functional = self.functionals[(0x18DB33F1, True) if ecu.extended else (0x7DF, False)]
         group = functional.pending
         if group is not None and ecu not in group[2] and answers(payload, group[0]) and \
@@ -328,7 +330,7 @@ class Importer:
             group[2].add(ecu)
             ecu.requests += 1
         else:
-            ecu.pending = None
+            del ecu.pending[service]
         ecu.answer(chosen[0], chosen[1], payload)
 
     def _discover(self, key, sender, payload, position):

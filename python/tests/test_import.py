@@ -157,6 +157,9 @@ def _swapped(frames, first, second):
                  id="first and consecutive frames, sequence wrapping at 15"),
     pytest.param(_answer(b"\x22\xF1\x90", LONG, flow_control=False),
                  {"22F190": [LONG.hex().upper()]}, 0, 0, id="flow control not recorded"),
+    pytest.param([(0x7E0, b"\x03\x22\xF1\x90", False), (0x7E0, b"\x02\x3E\x80", False),
+                  (0x7E8, b"\x04\x62\xF1\x90\x01", False)], {"22F190": ["62F19001"]}, 0, 1,
+                 id="tester present while the ECU works on a request"),
     pytest.param(_answer(b"\x2E\xF1\x90" + bytes(20), b"\x6E\xF1\x90", padding=None),
                  {"2EF190" + "00" * 20: ["6EF190"]}, 0, 0, id="multi-frame request"),
     pytest.param(_swapped(_answer(b"\x22\xF1\x90", LONG), 4, 5)
