@@ -111,7 +111,22 @@ def _library_with_outputs(library, wanted):
     return loaded
 
 
-class Session:
+class _ClosedOnExit:
+    """A context manager that closes its object on leaving the block; a
+    failure of the block takes precedence over one of close()."""
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, kind, error, trace):
+        try:
+            self.close()
+        except Exception:
+            if error is None:
+                raise
+
+
+class Session(_ClosedOnExit):
     """One open bench. `bench` is the path of a bench file, or the XML text
     of one, which is written to a temporary folder together with `files`
     ({name: text}, scenarios for instance). Use it as a context manager.
@@ -250,15 +265,6 @@ class Session:
         if errors:
             raise errors[0]
 
-    def __enter__(self):
-        return self
-
-    def __exit__(self, kind, error, trace):
-        try:
-            self.close()
-        except Exception:
-            if error is None:
-                raise  # a failure of the body takes precedence
 
     def report(self):
         """The session report as the library last wrote it, parsed (after
@@ -441,7 +447,7 @@ def _injected_value(export, value):
     return int(value)
 
 
-class Channel:
+class Channel(_ClosedOnExit):
     """A diagnostic channel with its session open. ask() sends a request and
     returns every event the ECUs queued for it."""
 
@@ -534,15 +540,6 @@ class Channel:
             if self in self.session._channels:
                 self.session._channels.remove(self)
 
-    def __enter__(self):
-        return self
-
-    def __exit__(self, kind, error, trace):
-        try:
-            self.close()
-        except Exception:
-            if error is None:
-                raise
 
 
 def _answer(event):
