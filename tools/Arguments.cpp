@@ -11,8 +11,12 @@ namespace {
 
 // The command options that take a value; the others are flags.
 bool takesValue(const std::string &option) {
-  return option == "--seconds" || option == "--junit" || option == "--fail-on";
+  return option == "--seconds" || option == "--junit" || option == "--fail-on" ||
+         option == "--out" || option == "--ecu";
 }
+
+// Options that may be given several times: their values, one a line.
+bool repeats(const std::string &option) { return option == "--ecu"; }
 
 bool isOption(const std::string &word) { return word.size() > 1 && word[0] == '-'; }
 
@@ -80,7 +84,8 @@ Arguments parseArguments(int argc, char **argv, const std::vector<Command> &comm
     for (const std::string &option : command.options)
       if (takesValue(option))
         sub->add_option(option, values[option])
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+            ->multi_option_policy(repeats(option) ? CLI::MultiOptionPolicy::Join
+                                                  : CLI::MultiOptionPolicy::TakeLast);
       else
         sub->add_flag(option, flags[option]);
   }

@@ -14,7 +14,8 @@ struct Arguments {
   std::string command;
   std::vector<std::string> positional;
   // The command's options by name with their dashes ("--seconds"), with
-  // their values; flags ("--frame") have an empty one.
+  // their values; flags ("--frame") have an empty one. An option given
+  // several times (--ecu) holds its values one a line.
   std::map<std::string, std::string> options;
   std::string library; // --library PATH: the library to load
   std::string log;     // --log FILE: where the library appends its log lines

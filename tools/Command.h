@@ -29,6 +29,7 @@ Command eventsCommand();
 Command shellCommand();
 Command examplesCommand();
 Command convertCommand();
+Command importCommand();
 Command askCommand();
 Command checkCommand();
 Command injectCommand();

@@ -1,16 +1,9 @@
 // convert: CAN trace conversion. The Python package does it, with
-// python-can's readers and writers; the program finds Python and the
-// package and runs `python -m cansimu convert IN OUT`.
+// python-can's readers and writers; the program runs
+// `python -m cansimu convert IN OUT`.
 #include "Command.h"
 #include "Errors.h"
-#include "LibraryLoader.h"
-#include "LibraryLookup.h"
-#include "RunProgram.h"
-
-#include <cstdlib>
-#include <filesystem>
-
-namespace fs = std::filesystem;
+#include "PythonPackage.h"
 
 namespace {
 
@@ -25,49 +18,9 @@ const char kDetails[] =
     "\nexit status: 0 converted; 3 a trace that cannot be read or written, or\n"
     "no Python to run.\n";
 
-#ifdef _WIN32
-constexpr char kPathSeparator = ';';
-#else
-constexpr char kPathSeparator = ':';
-#endif
-
-std::string interpreter() {
-  const char *named = std::getenv("CANSIMU_PYTHON");
-  if (named != nullptr && *named != '\0')
-    return named;
-#ifdef _WIN32
-  return "python";
-#else
-  // Debian's interpreter sees the Debian packages of python-can and cansimu.
-  std::error_code error;
-  return fs::exists("/usr/bin/python3", error) ? "/usr/bin/python3" : "python3";
-#endif
-}
-
-// The package beside the program (the Windows zips) or, for a program run
-// from its build folder, in the source tree, ahead of an installed one.
-void offerPackageFolders() {
-  std::string folders;
-  const auto offer = [&folders](const fs::path &folder) {
-    std::error_code error;
-    if (!folder.empty() && fs::is_regular_file(folder / "cansimu" / "__main__.py", error))
-      folders += (folders.empty() ? "" : std::string(1, kPathSeparator)) + folder.string();
-  };
-  offer(programPath().parent_path());
-  if (runningFromBuildTree())
-    offer(CANSIMU_PYTHON_SOURCE);
-  if (folders.empty())
-    return;
-  const char *current = std::getenv("PYTHONPATH");
-  if (current != nullptr && *current != '\0')
-    folders += kPathSeparator + std::string(current);
-  setEnvironment("PYTHONPATH", folders);
-}
-
 int runConvert(const Arguments &arguments) {
-  offerPackageFolders();
-  const int status = runProgram({interpreter(), "-m", "cansimu", "convert", arguments.positional[0],
-                                 arguments.positional[1]});
+  const int status =
+      runPythonPackage({"convert", arguments.positional[0], arguments.positional[1]});
   return status == 0 ? kExitDone : kExitSetup;
 }
 
