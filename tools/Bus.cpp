@@ -5,6 +5,7 @@
 #include "Output.h"
 #include "Records.h"
 #include "StatusNames.h"
+#include "core/HexText.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -221,16 +222,6 @@ CAN_STATUS Bus::freeChannel() {
 
 namespace {
 
-std::string hexOf(const uint8_t *bytes, size_t count) {
-  static const char kDigits[] = "0123456789ABCDEF";
-  std::string text;
-  for (size_t i = 0; i < count; ++i) {
-    text += kDigits[bytes[i] >> 4];
-    text += kDigits[bytes[i] & 0x0F];
-  }
-  return text;
-}
-
 ReadEvent fieldsOf(const CAN_EventChn &event) {
   ReadEvent fields;
   fields.type = event.type;
@@ -245,7 +236,7 @@ ReadEvent fieldsOf(const CAN_EventChn &event) {
                       event.type == CHN_TYPE_RCV_SUCCESS ||
                       event.type == CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED;
   if (framed && result->frameData != nullptr)
-    fields.frame = hexOf(result->frameData, result->frameLength);
+    fields.frame = bytesToHex(result->frameData, result->frameLength).c_str();
   return fields;
 }
 
@@ -256,7 +247,7 @@ ReadEvent fieldsOf(const CAN_EventPort &event) {
   fields.name = name != nullptr ? name : std::to_string(event.type);
   const auto *frame = static_cast<const CAN_FramePort *>(event.data);
   if (event.type == PRT_TYPE_FRAME && frame != nullptr)
-    fields.frame = hexOf(frame->bytes, frame->length < 8 ? frame->length : 8);
+    fields.frame = bytesToHex(frame->bytes, frame->length < 8 ? frame->length : 8).c_str();
   return fields;
 }
 

@@ -239,10 +239,8 @@ void traceRequest(BusTrace::Batch &batch, const CAN_DiagMsg *request,
     batch.message(CAN_BROADCAST_ID, BusTrace::Batch::kNoReceiver, bytes, length);
     return;
   }
-  for (SimuECU *ecu : ecus) {
-    batch.message(ecu->idTx, ecu->idRx, bytes, length);
-    return;
-  }
+  if (!ecus.empty())
+    batch.message(ecus.front()->idTx, ecus.front()->idRx, bytes, length);
 }
 
 } // namespace
@@ -264,10 +262,11 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
   // Without a log reader, a report or a trace, none of this costs more
   // than these two tests.
   const bool notes = answerNotesWanted();
-  std::unique_ptr<BusTrace::Batch> trace;
-  // An empty start frame puts nothing on the bus.
-  if (BusTrace::enabled() && (request != nullptr || requestText.length() != 0)) {
-    trace.reset(new BusTrace::Batch);
+  // An empty start frame is no request of the host: nothing on the bus.
+  const bool asksSomething = request != nullptr || requestText.length() != 0;
+  std::optional<BusTrace::Batch> trace;
+  if (BusTrace::enabled() && asksSomething) {
+    trace.emplace();
     traceRequest(*trace, request, requestText, asked, channelType == CHN_BROADCAST);
   }
   for (SimuECU *ecu : asked) {
@@ -277,8 +276,7 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
     if (notes)
       origin.emplace();
     if (!ecu->getResponse(requestText, response, oneToOne, origin ? &*origin : nullptr)) {
-      // An empty start frame that nobody answers is no request of the host.
-      if (origin && (request != nullptr || requestText.length() != 0))
+      if (origin && asksSomething)
         noteAnswer(*ecu, requestText, *origin, false, response);
       continue;
     }
@@ -288,9 +286,10 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
       // Outside the association table the answer travels as a CAN frame.
       SplitResponse split;
       splitResponse(response, split);
-      port.enqueueResponse(ecu->idRx, *split.frameText, trace.get());
+      port.enqueueResponse(ecu->idRx, *split.frameText, trace ? &*trace : nullptr);
     } else {
-      queueAnswer(request, response, responder, values, *ecu, requestText, trace.get());
+      queueAnswer(request, response, responder, values, *ecu, requestText,
+                  trace ? &*trace : nullptr);
     }
     if (origin)
       noteAnswer(*ecu, requestText, *origin, true, response);

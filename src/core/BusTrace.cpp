@@ -1,5 +1,6 @@
 #include "core/BusTrace.h"
 
+#include "core/HexText.h"
 #include "core/LogMessage.h"
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
@@ -33,14 +34,6 @@ long long microsSinceEpoch() {
   return std::chrono::duration_cast<std::chrono::microseconds>(
              std::chrono::system_clock::now().time_since_epoch())
       .count();
-}
-
-void appendHex(std::string &out, const unsigned char *bytes, size_t length) {
-  static const char kDigits[] = "0123456789ABCDEF";
-  for (size_t i = 0; i < length; ++i) {
-    out += kDigits[bytes[i] >> 4];
-    out += kDigits[bytes[i] & 0x0F];
-  }
 }
 
 } // namespace
@@ -105,7 +98,7 @@ void BusTrace::Batch::frame(ACE_UINT32 id, const unsigned char *bytes, size_t le
                 extended ? "(%lld.%06lld) can0 %08X#" : "(%lld.%06lld) can0 %03X#",
                 micros / 1000000, micros % 1000000, static_cast<unsigned>(id & 0x1FFFFFFF));
   lines_ += head;
-  appendHex(lines_, bytes, length);
+  lines_ += bytesToHex(bytes, length).c_str();
   lines_ += '\n';
 }
 

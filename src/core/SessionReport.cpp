@@ -2,6 +2,7 @@
 
 #include "core/LogMessage.h"
 #include "platform/FileSystem.h"
+#include "platform/Utf8Text.h"
 
 #include <chrono>
 #include <cstdio>
@@ -57,38 +58,6 @@ std::mutex dataLock;
 std::mutex writeLock;
 Report *report = nullptr;
 
-// Wide text as UTF-8, the encoding JSON files are read in.
-std::string utf8(const ACE_WString &text) {
-  std::string out;
-  const size_t length = text.length();
-  for (size_t i = 0; i < length; ++i) {
-    unsigned long c = static_cast<unsigned long>(text[i]);
-    if (c >= 0xD800 && c < 0xDC00 && i + 1 < length) {
-      const unsigned long low = static_cast<unsigned long>(text[i + 1]);
-      if (low >= 0xDC00 && low < 0xE000) {
-        c = 0x10000 + ((c - 0xD800) << 10) + (low - 0xDC00);
-        ++i;
-      }
-    }
-    if (c < 0x80) {
-      out += static_cast<char>(c);
-    } else if (c < 0x800) {
-      out += static_cast<char>(0xC0 | (c >> 6));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-      out += static_cast<char>(0xE0 | (c >> 12));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-      out += static_cast<char>(0xF0 | (c >> 18));
-      out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-  }
-  return out;
-}
-
 std::string quoted(const std::string &text) {
   std::string out = "\"";
   for (const char c : text) {
@@ -138,7 +107,7 @@ std::string utcNow() {
 }
 
 EcuRecord &recordOf(const SessionReport::Ecu &ecu) {
-  const std::string scenario = utf8(ecu.scenario);
+  const std::string scenario = utf8Of(ecu.scenario);
   for (const auto &record : report->ecus)
     if (record->idTx == ecu.idTx && record->idRx == ecu.idRx && record->scenario == scenario)
       return *record;
@@ -323,7 +292,7 @@ void SessionReport::entriesRead(const Ecu &ecu, const std::vector<Entry> &entrie
     std::vector<EntryCount> kept;
     std::map<std::pair<unsigned, std::string>, size_t> index;
     for (const Entry &entry : entries) {
-      const std::string pattern = utf8(entry.pattern);
+      const std::string pattern = utf8Of(entry.pattern);
       const auto key = std::make_pair(static_cast<unsigned>(entry.line), pattern);
       if (index.count(key) != 0)
         continue;
@@ -355,7 +324,7 @@ void SessionReport::entryHit(const Ecu &ecu, ACE_UINT32 line, const ACE_WString 
     if (report == nullptr)
       return;
     EcuRecord &record = recordOf(ecu);
-    ++entryOf(record, line, utf8(pattern)).hits;
+    ++entryOf(record, line, utf8Of(pattern)).hits;
     ++record.answers;
     if (negative)
       ++record.negativeAnswers;
@@ -374,7 +343,7 @@ void SessionReport::unscripted(const Ecu &ecu, const ACE_WString &request, bool 
       ++record.answers;
       ++record.negativeAnswers;
     }
-    const std::string text = utf8(request);
+    const std::string text = utf8Of(request);
     const auto found = record.unscriptedIndex.find(text);
     if (found != record.unscriptedIndex.end())
       ++record.unscripted[found->second].count;

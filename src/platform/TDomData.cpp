@@ -2,6 +2,7 @@
 
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
+#include "platform/Utf8Text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -10,15 +11,6 @@
 #include <vector>
 
 namespace {
-
-std::string utf8Of(const ACE_WString &text) {
-  return pugi::as_utf8(std::wstring(text.c_str(), text.length()));
-}
-
-ACE_WString wideOf(const char *utf8) {
-  const std::wstring wide = pugi::as_wide(utf8);
-  return ACE_WString(wide.c_str(), wide.size());
-}
 
 // Replaces `out` with the UTF-8 text. Short ASCII text, what scenarios and
 // configurations hold, is widened on the stack and copied once; the rest
@@ -34,7 +26,7 @@ void assignWide(ACE_WString &out, const char *utf8) {
   if (utf8[length] == '\0')
     out.set(buffer, length, true);
   else
-    out = wideOf(utf8);
+    out = wideOfUtf8(utf8);
 }
 
 // A tag name as pugixml spells it, in UTF-8.
