@@ -19,10 +19,13 @@
 
 #include <ace/OS_NS_time.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
@@ -243,6 +246,14 @@ void traceRequest(BusTrace::Batch &batch, const CAN_DiagMsg *request,
     batch.message(ecus.front()->idTx, ecus.front()->idRx, bytes, length);
 }
 
+ACE_WString numberText(unsigned value) { return ACE_WString(std::to_wstring(value).c_str()); }
+
+// The answer "request received, response pending" to `request`.
+ACE_WString responsePending(const ACE_WString &request) {
+  return ACE_WString(L"7F") + (request.length() >= 2 ? request.substring(0, 2) : request) +
+         ACE_WString(L"78");
+}
+
 } // namespace
 
 CAN_STATUS SimuChannel::send(const CAN_DiagMsg &request) {
@@ -259,6 +270,7 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
                         kLineCapacity));
   const Echo values = echoValues();
   const std::vector<SimuECU *> asked = port.copyOf(ecus);
+  unsigned lastDueMs = 0;
   // Without a log reader, a report or a trace, none of this costs more
   // than these two tests.
   const bool notes = answerNotesWanted();
@@ -275,21 +287,35 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
     std::optional<AnswerOrigin> origin;
     if (notes)
       origin.emplace();
-    if (!ecu->getResponse(requestText, response, oneToOne, origin ? &*origin : nullptr)) {
+    AnswerTiming timing;
+    if (!ecu->getResponse(requestText, response, oneToOne, origin ? &*origin : nullptr, timing)) {
       if (origin && asksSomething)
         noteAnswer(*ecu, requestText, *origin, false, response);
       continue;
     }
     logMessage(fittedLine({L"Response [", response, L"]"}, kLineCapacity));
+    if (timing.delayed())
+      logMessage(L"[" + identifierText(ecu->idRx) + L"]  Answer due in " +
+                 numberText(timing.finalDueMs()) + L" ms after " + numberText(timing.pending) +
+                 L" response-pending answers");
+    lastDueMs = std::max(lastDueMs, timing.finalDueMs());
+    const ACE_WString pending = responsePending(requestText);
     ACE_UINT8 responder = 0;
     if (!port.addressByIdRx(ecu->idRx, responder)) {
       // Outside the association table the answer travels as a CAN frame.
       SplitResponse split;
       splitResponse(response, split);
-      port.enqueueResponse(ecu->idRx, *split.frameText, trace ? &*trace : nullptr);
+      for (unsigned i = 0; i < timing.pending; ++i)
+        port.enqueueResponseAfter(ecu->idRx, pending, timing.pendingDueMs(i),
+                                  trace ? &*trace : nullptr);
+      port.enqueueResponseAfter(ecu->idRx, *split.frameText, timing.finalDueMs(),
+                                trace ? &*trace : nullptr);
     } else {
+      for (unsigned i = 0; i < timing.pending; ++i)
+        queueAnswer(request, pending, responder, values, *ecu, requestText,
+                    trace ? &*trace : nullptr, timing.pendingDueMs(i));
       queueAnswer(request, response, responder, values, *ecu, requestText,
-                  trace ? &*trace : nullptr);
+                  trace ? &*trace : nullptr, timing.finalDueMs());
     }
     if (origin)
       noteAnswer(*ecu, requestText, *origin, true, response);
@@ -299,13 +325,55 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
   if (channelType == CHN_BROADCAST) {
     CAN_EventChn end = {};
     end.type = CHN_TYPE_END_OF_RCV;
-    events.push(end);
+    // The closing event follows the last delayed answer.
+    deliverAt(end, lastDueMs);
   }
+}
+
+// A channel event held until it is due; released unread when the channel
+// or the port goes first.
+struct SimuChannel::DelayedEvent : AnswerScheduler::Delayed {
+  DelayedEvent(SimuChannel &channel, const CAN_EventChn &event)
+      : AnswerScheduler::Delayed(&channel), channel(channel), event(event) {}
+  ~DelayedEvent() override {
+    if (!delivered)
+      releasePayload(event);
+  }
+  void deliver() override {
+    delivered = true;
+    // The answer is stamped when it arrives, not when it was built.
+    if (event.data != nullptr)
+      static_cast<CAN_ChnResult *>(event.data)->timestamp =
+          static_cast<ACE_UINT32>(ACE_OS::gethrtime() / 1000u);
+    if (channel.events.push(event) != 0)
+      releasePayload(event);
+  }
+  SimuChannel &channel;
+  CAN_EventChn event;
+  bool delivered = false;
+};
+
+void SimuChannel::deliverAt(CAN_EventChn &event, unsigned dueMs) {
+  if (dueMs == 0) {
+    // A record the queue refuses is lost, with its payload released.
+    if (events.push(event) != 0)
+      releasePayload(event);
+    return;
+  }
+  const auto due = AnswerScheduler::Clock::now() + std::chrono::milliseconds(dueMs);
+  std::unique_ptr<AnswerScheduler::Delayed> held(new (std::nothrow) DelayedEvent(*this, event));
+  if (!held)
+    releasePayload(event);
+  // From here the held record owns the payload, delivered or not.
+  event = CAN_EventChn();
+  if (!held || !port.scheduleAnswer(due, std::move(held)))
+    logMessage(L"A delayed answer could not be held: lost");
 }
 
 void SimuChannel::queueAnswer(const CAN_DiagMsg *request, const ACE_WString &response,
                               ACE_UINT8 responder, const Echo &values, const SimuECU &ecu,
-                              const ACE_WString &requestText, BusTrace::Batch *trace) {
+                              const ACE_WString &requestText, BusTrace::Batch *trace,
+                              unsigned dueMs) {
   SplitResponse split;
   splitResponse(response, split);
   CAN_EventChn event = {};
@@ -356,9 +424,7 @@ void SimuChannel::queueAnswer(const CAN_DiagMsg *request, const ACE_WString &res
       if (trace != nullptr)
         trace->message(ecu.idRx, ecu.idTx, result->frameData, count);
     }
-    // A record the queue refuses is lost, with its payload released.
-    if (events.push(event) != 0)
-      releasePayload(event);
+    deliverAt(event, dueMs);
   } catch (...) {
     releasePayload(event);
     throw;

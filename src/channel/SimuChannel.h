@@ -69,10 +69,14 @@ private:
   // Asks each ECU for its answer to `requestText` and queues the events
   // (DiagnosticExchange.cpp). `request` is null for a session's opening.
   void exchange(const CAN_DiagMsg *request, const ACE_WString &requestText);
-  // Builds and queues the channel event of one answer.
+  // Builds and queues the channel event of one answer, readable `dueMs`
+  // from now (at once for 0).
   void queueAnswer(const CAN_DiagMsg *request, const ACE_WString &response, ACE_UINT8 responder,
                    const Echo &echo, const SimuECU &ecu, const ACE_WString &requestText,
-                   BusTrace::Batch *trace);
+                   BusTrace::Batch *trace, unsigned dueMs);
+  // Pushes `event` now, or has the port's scheduler push it in `dueMs`.
+  void deliverAt(CAN_EventChn &event, unsigned dueMs);
+  struct DelayedEvent;
   Echo echoValues() const;
   static void releasePayload(CAN_EventChn &event);
 

@@ -22,6 +22,10 @@ struct EntryCount {
   unsigned line;
   std::string pattern;
   unsigned long long hits;
+  // Requests the entry matched but the ECU's state refused, and why the
+  // last one was refused.
+  unsigned long long refused = 0;
+  std::string refusal;
 };
 
 struct Unscripted {
@@ -125,7 +129,7 @@ EntryCount &entryOf(EcuRecord &record, unsigned line, const std::string &pattern
   if (found != record.entryIndex.end())
     return record.entries[found->second];
   record.entryIndex.emplace(key, record.entries.size());
-  record.entries.push_back(EntryCount{line, pattern, 0});
+  record.entries.push_back(EntryCount{line, pattern, 0, 0, std::string()});
   return record.entries.back();
 }
 
@@ -153,7 +157,11 @@ std::string json(const Report &data, bool ended) {
       inner = ",";
       out += "\n       {\"line\": " + std::to_string(entry.line) +
              ", \"pattern\": " + quoted(entry.pattern) +
-             ", \"hits\": " + std::to_string(entry.hits) + "}";
+             ", \"hits\": " + std::to_string(entry.hits);
+      if (entry.refused != 0)
+        out += ", \"refused\": " + std::to_string(entry.refused) +
+               ", \"refusal\": " + quoted(entry.refusal);
+      out += "}";
     }
     out += "],\n     \"unscripted\": [";
     inner = "";
@@ -298,9 +306,9 @@ void SessionReport::entriesRead(const Ecu &ecu, const std::vector<Entry> &entrie
         continue;
       const auto old = record.entryIndex.find(key);
       index.emplace(key, kept.size());
-      kept.push_back(
-          EntryCount{static_cast<unsigned>(entry.line), pattern,
-                     old != record.entryIndex.end() ? record.entries[old->second].hits : 0});
+      kept.push_back(EntryCount{
+          static_cast<unsigned>(entry.line), pattern,
+          old != record.entryIndex.end() ? record.entries[old->second].hits : 0, 0, std::string()});
     }
     for (const EntryCount &old : record.entries) {
       const auto key = std::make_pair(old.line, old.pattern);
@@ -328,6 +336,23 @@ void SessionReport::entryHit(const Ecu &ecu, ACE_UINT32 line, const ACE_WString 
     ++record.answers;
     if (negative)
       ++record.negativeAnswers;
+    report->changed = true;
+  }
+  writeReport(false, false);
+}
+
+void SessionReport::entryRefused(const Ecu &ecu, ACE_UINT32 line, const ACE_WString &pattern,
+                                 const ACE_WString &reason) {
+  {
+    std::lock_guard<std::mutex> guard(dataLock);
+    if (report == nullptr)
+      return;
+    EcuRecord &record = recordOf(ecu);
+    EntryCount &entry = entryOf(record, line, utf8Of(pattern));
+    ++entry.refused;
+    entry.refusal = utf8Of(reason);
+    ++record.answers;
+    ++record.negativeAnswers;
     report->changed = true;
   }
   writeReport(false, false);

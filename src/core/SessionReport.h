@@ -48,6 +48,10 @@ public:
   static void entriesRead(const Ecu &ecu, const std::vector<Entry> &entries);
   // One answer from an entry.
   static void entryHit(const Ecu &ecu, ACE_UINT32 line, const ACE_WString &pattern, bool negative);
+  // A request the entry matched but the ECU's state refused (`reason`:
+  // "needs session 03, ECU in 01"), answered negatively.
+  static void entryRefused(const Ecu &ecu, ACE_UINT32 line, const ACE_WString &pattern,
+                           const ACE_WString &reason);
   // A request no entry matched; `negative` when the fallback answered it.
   static void unscripted(const Ecu &ecu, const ACE_WString &request, bool negative);
   // A request the ECU did not take: its dialog is closed.

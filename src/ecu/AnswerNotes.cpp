@@ -36,6 +36,11 @@ ACE_WString reasonText(const AnswerOrigin &origin, bool answered) {
   case AnswerOrigin::Kind::DialogClosed:
     return L"dialog closed: OPENDIALOG answered FALSE at <" + origin.file + L">:" +
            number(origin.hit.line);
+  case AnswerOrigin::Kind::State:
+    return L"state <" + origin.file + L">: the declared state answered";
+  case AnswerOrigin::Kind::Refused:
+    return L"refused for its state: entry <" + origin.file + L">:" + number(origin.hit.line) +
+           L" " + origin.hit.pattern + L" " + origin.stateful.refusal;
   case AnswerOrigin::Kind::NoScenario:
     break;
   }
@@ -74,9 +79,12 @@ bool isNegative(const ACE_WString &response) {
 
 void noteAnswer(SimuECU &ecu, const ACE_WString &request, const AnswerOrigin &origin, bool answered,
                 const ACE_WString &response) {
-  if (logIsRead())
+  if (logIsRead()) {
     logMessage(L"Answer source: " + ecuText(ecu) + L", request " + request + L": " +
                reasonText(origin, answered));
+    if (origin.stateful.stateful)
+      logMessage(L"ECU state: " + ecuText(ecu) + L": " + origin.stateful.state);
+  }
   if (!SessionReport::enabled())
     return;
   reportScenarioEntries(ecu);
@@ -91,6 +99,11 @@ void noteAnswer(SimuECU &ecu, const ACE_WString &request, const AnswerOrigin &or
   case AnswerOrigin::Kind::DialogClosed:
     SessionReport::dialogRefused(reported);
     break;
+  case AnswerOrigin::Kind::Refused:
+    SessionReport::entryRefused(reported, origin.hit.line, origin.hit.pattern,
+                                origin.stateful.refusal);
+    break;
+  case AnswerOrigin::Kind::State:
   case AnswerOrigin::Kind::NoScenario:
     break;
   }

@@ -100,6 +100,12 @@ size_t RequestTable::bucketOf(const ACE_WString &key) const {
 }
 
 ResponseList *RequestTable::find(const ACE_WString &asked) const {
+  return find(asked, nullptr, nullptr);
+}
+
+ResponseList *RequestTable::find(const ACE_WString &asked,
+                                 bool (*accept)(const ResponseList &, void *),
+                                 void *context) const {
   if (headLengths_.empty())
     return nullptr;
   const size_t bucket = bucketOf(asked);
@@ -121,7 +127,8 @@ ResponseList *RequestTable::find(const ACE_WString &asked) const {
     for (const Entry *entry = group->second; entry != nullptr; entry = entry->older) {
       if (best != nullptr && entry->order < best->order)
         break;
-      if (ScenarioKeyMatch()(entry->pattern, asked)) {
+      if (ScenarioKeyMatch()(entry->pattern, asked) &&
+          (accept == nullptr || accept(*entry->list, context))) {
         best = entry;
         break;
       }

@@ -17,12 +17,14 @@
 #pragma once
 
 #include "ecu/EntryArena.h"
+#include "ecu/EntryRules.h"
 
 #include <ace/Basic_Types.h>
 #include <ace/Containers_T.h>
 #include <ace/SString.h>
 
 #include <cstddef>
+#include <memory>
 #include <unordered_map>
 #include <vector>
 
@@ -51,6 +53,8 @@ struct ResponseList {
   // the line of its EVENEMENT (0 when unknown).
   const ACE_WString *pattern = nullptr;
   ACE_UINT32 line = 0;
+  // What the entry asks of the ECU's state; null for a plain entry.
+  std::shared_ptr<const EntryRules> rules;
 };
 
 class RequestTable {
@@ -73,6 +77,10 @@ public:
   // The list of the entry that answers `asked`: the newest entry of its
   // bucket whose pattern ScenarioKeyMatch accepts it. Null when none does.
   ResponseList *find(const ACE_WString &asked) const;
+  // The same, passing over the entries `accept` (called with `context`)
+  // refuses, as if they did not match.
+  ResponseList *find(const ACE_WString &asked, bool (*accept)(const ResponseList &, void *),
+                     void *context) const;
 
   // Files `pattern` as the newest entry of its bucket, with an empty list,
   // and returns that list; null when the table has no bucket. Only for a

@@ -1,6 +1,7 @@
 #include "ecu/Scenario.h"
 
 #include "core/CheckedArray.h"
+#include "core/HexText.h"
 #include "core/LogMessage.h"
 #include "platform/TDomData.h"
 
@@ -49,6 +50,11 @@ ACE_INT32 Scenario::findResponse(const ACE_WString &request, ACE_WString &respon
   ResponseList *list = requests.find(request);
   if (list == nullptr)
     return -1;
+  return answerFromEntry(*list, response, hit);
+}
+
+ACE_INT32 Scenario::answerFromEntry(ResponseList &entry, ACE_WString &response, ScenarioHit *hit) {
+  ResponseList *list = &entry;
   // An entry written without any TRAME has nothing to hand out: it answers
   // as unknown, though it still hides the entries behind it in its bucket.
   const size_t count = list->responses.size();
@@ -63,6 +69,81 @@ ACE_INT32 Scenario::findResponse(const ACE_WString &request, ACE_WString &respon
   }
   list->cursor = static_cast<ACE_UINT32>((list->cursor + 1) % count);
   return 0;
+}
+
+namespace {
+// The state's verdict on the entries a request matches, newest first: the
+// first refusal is kept to answer with when none is admitted.
+struct StateFilter {
+  const EcuState &state;
+  const ResponseList *refusedEntry = nullptr;
+  EcuState::Refusal refusal;
+  static bool accept(const ResponseList &list, void *context) {
+    auto &filter = *static_cast<StateFilter *>(context);
+    if (!list.rules || list.responses.size() == 0)
+      return true;
+    EcuState::Refusal why;
+    if (filter.state.admits(*list.rules, why))
+      return true;
+    if (filter.refusedEntry == nullptr) {
+      filter.refusedEntry = &list;
+      filter.refusal = why;
+    }
+    return false;
+  }
+};
+} // namespace
+
+ACE_INT32 Scenario::findResponse(const ACE_WString &request, ACE_WString &response,
+                                 ScenarioHit *hit, StatefulAnswer &stateful) {
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lookupLock, -1);
+  reloadIfChanged();
+  if (!state)
+    return findResponse(request, response, hit);
+  stateful.stateful = true;
+  const EcuState::Clock::time_point now = EcuState::Clock::now();
+  state->requestArrives(now);
+  std::vector<unsigned char> bytes, answer;
+  if (readHexBytes(request, bytes) && state->serves(bytes, answer, now)) {
+    response = bytesToWideHex(answer.data(), answer.size());
+    stateful.byState = true;
+    stateful.state = state->describe();
+    return 0;
+  }
+  StateFilter filter{*state, nullptr, EcuState::Refusal()};
+  ResponseList *list = requests.find(request, &StateFilter::accept, &filter);
+  if (list != nullptr && answerFromEntry(*list, response, hit) == 0) {
+    if (list->rules) {
+      stateful.timing = list->rules->timing;
+      state->answered(*list->rules, response);
+    }
+    stateful.state = state->describe();
+    return 0;
+  }
+  if (filter.refusedEntry == nullptr) {
+    stateful.state = state->describe();
+    return -1;
+  }
+  // Only entries the state refused match: the ECU answers that it cannot
+  // serve the request now.
+  response = ACE_WString(L"7F") + (request.length() >= 2 ? request.substring(0, 2) : request) +
+             byteText(filter.refusal.code);
+  stateful.refused = true;
+  stateful.refusal = filter.refusal.reason;
+  stateful.state = state->describe();
+  if (hit != nullptr) {
+    hit->line = filter.refusedEntry->line;
+    hit->pattern =
+        filter.refusedEntry->pattern != nullptr ? *filter.refusedEntry->pattern : ACE_WString();
+    hit->index = 0;
+    hit->count = static_cast<ACE_UINT32>(filter.refusedEntry->responses.size());
+  }
+  return 0;
+}
+
+ACE_WString Scenario::stateText() const {
+  ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lookupLock, ACE_WString());
+  return state ? state->describe() : ACE_WString();
 }
 
 TDomData::LoadProblem Scenario::parseProblem() const {
@@ -97,20 +178,31 @@ bool Scenario::parse(const ACE_WString &path) {
   initContent();
   ACE_Array<TDomData> events;
   document.getSubNodesByTagName(names().evenement, events, true);
+  std::vector<StateProblem> problems;
+  entriesHaveRules = false;
   for (size_t i = 0; i < events.size(); ++i)
-    readEvent(path, events[i], i + 1, events[i].sourceLine(lineStarts));
+    readEvent(path, events[i], i + 1, events[i].sourceLine(lineStarts), problems);
+  // A re-read starts the state again from what the file declares.
+  state = EcuState::read(document, entriesHaveRules, problems);
+  for (const StateProblem &problem : problems)
+    logMessage(ACE_WString(L"Scenario <") + path + ACE_WString(L">:") +
+               ACE_WString(std::to_wstring(problem.where.sourceLine(lineStarts)).c_str()) +
+               ACE_WString(L" ") + problem.text);
   return true;
 }
 
 void Scenario::initContent() { requests.reset(kLoadedBuckets); }
 
 // The table is closed: no entry and no bucket until initContent.
-void Scenario::clearContent() { requests.reset(0); }
+void Scenario::clearContent() {
+  requests.reset(0);
+  state.reset();
+}
 
 // One EVENEMENT: the content of the first child element of its first
 // REQUETE is the pattern; each TRAME below its first REPONSE is a response.
 void Scenario::readEvent(const ACE_WString &path, const TDomData &event, size_t position,
-                         unsigned line) {
+                         unsigned line, std::vector<StateProblem> &problems) {
   ACE_Array<TDomData> found;
   event.getSubNodesByTagName(names().requete, found, true);
   if (found.size() == 0) {
@@ -142,6 +234,8 @@ void Scenario::readEvent(const ACE_WString &path, const TDomData &event, size_t 
     frames[i].getContent(list->responses[i]);
   list->cursor = 0;
   list->line = line;
+  list->rules = EntryRules::read(event, problems);
+  entriesHaveRules = entriesHaveRules || list->rules != nullptr;
 }
 
 // The pattern is looked up as a request would be: if an entry of its bucket

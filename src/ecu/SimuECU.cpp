@@ -71,7 +71,14 @@ bool SimuECU::getResponse(const ACE_WString &request, ACE_WString &response, boo
                           AnswerOrigin *origin) {
   if (!isDialogOpen(origin))
     return false;
-  if (scenario->findResponse(request, response, origin != nullptr ? &origin->hit : nullptr) == 0) {
+  const bool found =
+      scenario->findResponse(request, response, origin != nullptr ? &origin->hit : nullptr) == 0;
+  return answerOf(request, response, answerUnknown, origin, found);
+}
+
+bool SimuECU::answerOf(const ACE_WString &request, ACE_WString &response, bool answerUnknown,
+                       AnswerOrigin *origin, bool found) {
+  if (found) {
     if (origin != nullptr) {
       origin->kind = AnswerOrigin::Kind::Entry;
       origin->file = configuredPath;
@@ -90,6 +97,30 @@ bool SimuECU::getResponse(const ACE_WString &request, ACE_WString &response, boo
     response = ACE_WString(L"7F") + request.substring(0, 2) + negativeCode;
   else
     response = negativeCode;
+  return true;
+}
+
+bool SimuECU::getResponse(const ACE_WString &request, ACE_WString &response, bool answerUnknown,
+                          AnswerOrigin *origin, AnswerTiming &timing) {
+  if (!isDialogOpen(origin))
+    return false;
+  StatefulAnswer stateful;
+  ScenarioHit *hit = origin != nullptr ? &origin->hit : nullptr;
+  const bool found = scenario->findResponse(request, response, hit, stateful) == 0;
+  timing = stateful.timing;
+  if (!found || !stateful.stateful) {
+    const bool answered = answerOf(request, response, answerUnknown, origin, found);
+    if (origin != nullptr)
+      origin->stateful = stateful;
+    return answered;
+  }
+  if (origin != nullptr) {
+    origin->kind = stateful.byState   ? AnswerOrigin::Kind::State
+                   : stateful.refused ? AnswerOrigin::Kind::Refused
+                                      : AnswerOrigin::Kind::Entry;
+    origin->file = configuredPath;
+    origin->stateful = stateful;
+  }
   return true;
 }
 

@@ -20,7 +20,9 @@ struct AnswerOrigin {
     Entry,        // a scenario entry answered (hit names it)
     NoEntry,      // no entry matched: the negative fallback, or silence
     DialogClosed, // "OPENDIALOG" answered "FALSE" (hit names that entry)
-    NoScenario    // the scenario file could not be read at all
+    NoScenario,   // the scenario file could not be read at all
+    State,        // the ECU's declared state answered (security, identifiers)
+    Refused       // entries matched, the state refused them (hit names one)
   };
   Kind kind = Kind::NoScenario;
   ScenarioHit hit;
@@ -29,6 +31,8 @@ struct AnswerOrigin {
   // The scenario's path, and why it holds no entry when it does not parse.
   ACE_WString file;
   TDomData::LoadProblem problem;
+  // What the ECU's state made of the request (a scenario that keeps one).
+  StatefulAnswer stateful;
 };
 
 class SimuECU : public SimuObject {
@@ -55,6 +59,13 @@ public:
   // The same, telling in `origin` (when given) where the answer came from.
   bool getResponse(const ACE_WString &request, ACE_WString &response, bool answerUnknown,
                    AnswerOrigin *origin);
+  // The same, with the state of a stateful scenario taking part, and in
+  // `timing` when the answer becomes readable (nothing delayed for a plain
+  // scenario).
+  bool getResponse(const ACE_WString &request, ACE_WString &response, bool answerUnknown,
+                   AnswerOrigin *origin, AnswerTiming &timing);
+  // The state of a stateful scenario now; empty otherwise.
+  ACE_WString stateText() const { return scenario ? scenario->stateText() : ACE_WString(); }
 
   // The scenario path as configured (empty without a scenario).
   const ACE_WString &scenarioPath() const { return configuredPath; }
@@ -74,6 +85,11 @@ public:
   const ACE_UINT32 idTx;
 
 private:
+  // The answer once the scenario was asked: its response when `found`,
+  // otherwise the negative fallback when `answerUnknown`.
+  bool answerOf(const ACE_WString &request, ACE_WString &response, bool answerUnknown,
+                AnswerOrigin *origin, bool found);
+
   std::unique_ptr<Scenario> scenario;
   const ACE_WString negativeCode;
   const ACE_WString configuredPath;

@@ -15,6 +15,7 @@
 #include <ace/OS_NS_time.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -35,6 +36,12 @@ void logFrameLine(ACE_UINT32 id, const wchar_t *what, const ACE_WString &text = 
 struct FreeMemory {
   void operator()(void *memory) const { std::free(memory); }
 };
+
+// The answer "request received, response pending" to `request`.
+ACE_WString responsePending(const ACE_WString &request) {
+  return ACE_WString(L"7F") + (request.length() >= 2 ? request.substring(0, 2) : request) +
+         ACE_WString(L"78");
+}
 
 } // namespace
 
@@ -68,13 +75,23 @@ CAN_STATUS SimuPort::sendTrame(const CAN_FramePort &frame) {
     std::optional<AnswerOrigin> origin;
     if (notes)
       origin.emplace();
-    if (!ecu->getResponse(request, response, true, origin ? &*origin : nullptr)) {
+    AnswerTiming timing;
+    if (!ecu->getResponse(request, response, true, origin ? &*origin : nullptr, timing)) {
       if (origin)
         noteAnswer(*ecu, request, *origin, false, response);
       continue;
     }
+    bool queued = true;
+    // Response-pending answers first, each when its time comes.
+    if (timing.pending != 0) {
+      const ACE_WString pending = responsePending(request);
+      for (unsigned i = 0; i < timing.pending && queued; ++i) {
+        logFrameLine(ecu->idRx, L"Response : ", pending);
+        queued = enqueueResponseAfter(ecu->idRx, pending, timing.pendingDueMs(i), trace.get());
+      }
+    }
     logFrameLine(ecu->idRx, L"Response : ", response);
-    const bool queued = enqueueResponse(ecu->idRx, response, trace.get());
+    queued = queued && enqueueResponseAfter(ecu->idRx, response, timing.finalDueMs(), trace.get());
     if (origin)
       noteAnswer(*ecu, request, *origin, true, response);
     if (!queued) {
@@ -90,7 +107,20 @@ CAN_STATUS SimuPort::sendTrame(const CAN_FramePort &frame) {
 
 bool SimuPort::enqueueResponse(ACE_UINT32 canId, const ACE_WString &response,
                                BusTrace::Batch *trace) {
-  // Owned here until the queue takes it, so that a failure on the way
+  CAN_FramePort *frame = frameOf(canId, response, trace);
+  if (frame == nullptr)
+    return false;
+  if (!queueEvent(PRT_TYPE_FRAME, frame)) {
+    logFrameLine(canId, L"Response not enqueued on port");
+    return false;
+  }
+  logFrameLine(canId, L"Response enqueued on port");
+  return true;
+}
+
+CAN_FramePort *SimuPort::frameOf(ACE_UINT32 canId, const ACE_WString &response,
+                                 BusTrace::Batch *trace) {
+  // Owned here until it is handed on, so that a failure on the way
   // releases it.
   std::unique_ptr<CAN_FramePort, FreeMemory> frame(
       static_cast<CAN_FramePort *>(std::calloc(1, sizeof(CAN_FramePort))));
@@ -99,7 +129,7 @@ bool SimuPort::enqueueResponse(ACE_UINT32 canId, const ACE_WString &response,
       frame ? hexToBytes(toAnsi(response.c_str()).get(), count) : nullptr);
   if (!bytes) {
     logFrameLine(canId, L"Response not enqueued on port");
-    return false;
+    return nullptr;
   }
   frame->canId = canId;
   frame->timestamp = static_cast<ACE_UINT32>(ACE_OS::gethrtime());
@@ -112,10 +142,47 @@ bool SimuPort::enqueueResponse(ACE_UINT32 canId, const ACE_WString &response,
   std::memcpy(frame->bytes, bytes.get(), count);
   if (trace != nullptr)
     trace->frame(canId, frame->bytes, count);
-  if (!queueEvent(PRT_TYPE_FRAME, frame.release())) {
+  return frame.release();
+}
+
+// A frame event held until it is due; released unread when the port or its
+// reservation goes first.
+struct SimuPort::DelayedFrame : AnswerScheduler::Delayed {
+  DelayedFrame(SimuPort &port, CAN_FramePort *frame)
+      : AnswerScheduler::Delayed(&port), port(port), frame(frame) {}
+  ~DelayedFrame() override { std::free(frame); }
+  void deliver() override {
+    const ACE_UINT32 canId = frame->canId;
+    // The frame is stamped when it reaches the bus, not when it was built.
+    frame->timestamp = static_cast<ACE_UINT32>(ACE_OS::gethrtime());
+    CAN_FramePort *handed = frame;
+    frame = nullptr;
+    if (!port.queueEvent(PRT_TYPE_FRAME, handed))
+      logFrameLine(canId, L"Delayed response not enqueued on port");
+  }
+  SimuPort &port;
+  CAN_FramePort *frame;
+};
+
+bool SimuPort::enqueueResponseAfter(ACE_UINT32 canId, const ACE_WString &response, unsigned delayMs,
+                                    BusTrace::Batch *trace) {
+  if (delayMs == 0)
+    return enqueueResponse(canId, response, trace);
+  CAN_FramePort *frame = frameOf(canId, response, trace);
+  if (frame == nullptr)
+    return false;
+  std::unique_ptr<AnswerScheduler::Delayed> held(new DelayedFrame(*this, frame));
+  const auto due = AnswerScheduler::Clock::now() + std::chrono::milliseconds(delayMs);
+  if (!delayedAnswers.schedule(due, std::move(held))) {
     logFrameLine(canId, L"Response not enqueued on port");
     return false;
   }
-  logFrameLine(canId, L"Response enqueued on port");
+  logFrameLine(canId, L"Response scheduled on port in ",
+               ACE_WString(std::to_wstring(delayMs).c_str()) + L" ms");
   return true;
+}
+
+bool SimuPort::scheduleAnswer(AnswerScheduler::Clock::time_point due,
+                              std::unique_ptr<AnswerScheduler::Delayed> record) {
+  return delayedAnswers.schedule(due, std::move(record));
 }

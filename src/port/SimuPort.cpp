@@ -68,6 +68,8 @@ SimuPort::SimuPort() : ecuByIdTx(kEcuBuckets) {
 }
 
 SimuPort::~SimuPort() {
+  // Answers still on their way are released before their queues go.
+  delayedAnswers.stop();
   assocEntries.reset();
   // Each channel gives its ECUs back before it goes, as CAN_ChnFree would.
   while (!channels.empty()) {
@@ -100,6 +102,8 @@ CAN_STATUS SimuPort::reserve(ACE_UINT32 number, void **handle) {
 }
 
 CAN_STATUS SimuPort::free() {
+  // Frames still on their way to the port's queue go with the reservation.
+  delayedAnswers.cancel(this);
   reserved = false;
   return E_SUCCESS;
 }
@@ -304,6 +308,8 @@ bool SimuPort::attachEcus(ACE_UINT32 type, ACE_UINT8 address, PointerSet<SimuECU
 }
 
 void SimuPort::removeChannel(SimuChannel &channel) {
+  // The channel's delayed answers go with it.
+  delayedAnswers.cancel(&channel);
   ACE_GUARD(ACE_Recursive_Thread_Mutex, guard, lock);
   for (SimuECU *ecu : channel.ecus)
     freeEcus.insert(ecu);

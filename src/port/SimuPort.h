@@ -14,6 +14,7 @@
 #pragma once
 
 #include "cansimu/cansimu.h"
+#include "core/AnswerScheduler.h"
 #include "core/BusTrace.h"
 #include "core/GuardedFifo.h"
 #include "core/PointerSet.h"
@@ -96,6 +97,16 @@ public:
   // The frame also goes to `trace` when one is given.
   bool enqueueResponse(ACE_UINT32 canId, const ACE_WString &response,
                        BusTrace::Batch *trace = nullptr);
+  // The same, readable `delayMs` from now (at once for 0): the frame is
+  // built now and held by the port's scheduler until it is due.
+  bool enqueueResponseAfter(ACE_UINT32 canId, const ACE_WString &response, unsigned delayMs,
+                            BusTrace::Batch *trace);
+  // Holds a channel's delayed record until `due` (AnswerScheduler); false,
+  // the record released, when it cannot be held.
+  bool scheduleAnswer(AnswerScheduler::Clock::time_point due,
+                      std::unique_ptr<AnswerScheduler::Delayed> record);
+  // Delayed answers not yet readable, for every queue of the port.
+  size_t delayedAnswersWaiting() const { return delayedAnswers.waiting(); }
 
   // The channel operations. createChannel: 26 for a broadcast channel
   // (type 1) on a port that has channels, else 0 with the new channel in
@@ -135,6 +146,11 @@ public:
   GuardedFifo<CAN_EventPort> events;
 
 private:
+  struct DelayedFrame;
+  // Builds the frame event of `response`; null, with the "not enqueued"
+  // line, without memory.
+  CAN_FramePort *frameOf(ACE_UINT32 canId, const ACE_WString &response, BusTrace::Batch *trace);
+
   // Keyed by idTx, hashed by the value itself: bucket idTx modulo 32.
   using EcuTable = ACE_Hash_Map_Manager_Ex<unsigned long, SimuECU *, ACE_Hash<unsigned long>,
                                            ACE_Equal_To<unsigned long>, ACE_Null_Mutex>;
@@ -172,4 +188,7 @@ private:
   // Every ECU the configuration reads created, in creation order.
   std::vector<std::unique_ptr<SimuECU>> ownedEcus;
   ACE_WString negativeCode;
+  // Answers of this port's ECUs that are not due yet; stopped first when
+  // the port goes.
+  AnswerScheduler delayedAnswers;
 };
