@@ -271,7 +271,7 @@ Reading Bus::readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, c
       return reading;
     }
     if (status != E_SUCCESS || event == nullptr) {
-      if (voice_ == Voice::Json)
+      if (voice_ == Voice::Json || quietMisses_)
         return reading;
       if (voice_ == Voice::Steps)
         printStep(waitCall(name, timeoutMs), status,

@@ -72,6 +72,9 @@ public:
   // reading stops at the last of them; with `untilEmpty` it goes on until a
   // read waits `timeoutMs` in vain, and prints that read too.
   Reading readChannel(uint32_t timeoutMs, bool untilEmpty = false);
+  // While set, a read that gets nothing prints nothing (the caller reads
+  // again, or says so itself).
+  void setQuietMisses(bool quiet) { quietMisses_ = quiet; }
   Reading readPort(uint32_t timeoutMs, bool untilEmpty = false);
   // Releases whatever the current channel has queued, unprinted.
   void drainChannel();
@@ -80,6 +83,7 @@ private:
   void step(const std::string &call, CAN_STATUS status, const std::string &note) const;
   void request(const std::string &call, const std::string &shown, CAN_STATUS status,
                const std::string &meaning) const;
+  bool quietMisses_ = false;
   template <class Event, class Read, class Describe, class Free>
   Reading readEvents(const char *name, uint32_t timeoutMs, bool untilEmpty, const Read &read,
                      const Describe &describe, const Free &release,

@@ -4,6 +4,7 @@
 #include "FrameText.h"
 #include "InjectionNames.h"
 #include "Paths.h"
+#include "StateChecks.h"
 #include "StatusNames.h"
 #include "core/BenchOutputs.h"
 #include "ecu/Scenario.h"
@@ -413,4 +414,5 @@ void checkBench(const std::string &path, const XmlSource &file, FileReport &repo
 void checkScenario(const std::string &path, const XmlSource &file, const CheckOptions &options,
                    FileReport &report) {
   ScenarioChecker(file, readWithLibrary(path), options, report).run();
+  checkScenarioState(file, report);
 }

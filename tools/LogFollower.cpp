@@ -18,7 +18,12 @@ void LogFollower::skipToEnd() {
 }
 
 std::vector<std::string> LogFollower::newLines(const std::string &marker) {
-  std::vector<std::string> found;
+  return newLines(std::vector<std::string>{marker}).front();
+}
+
+std::vector<std::vector<std::string>>
+LogFollower::newLines(const std::vector<std::string> &markers) {
+  std::vector<std::vector<std::string>> found(markers.size());
   if (path_.empty())
     return found;
   std::ifstream file(path_, std::ios::binary);
@@ -31,9 +36,13 @@ std::vector<std::string> LogFollower::newLines(const std::string &marker) {
     offset_ += static_cast<long long>(line.size()) + 1;
     if (!line.empty() && line.back() == '\r')
       line.pop_back();
-    const size_t at = line.find(marker);
-    if (at != std::string::npos)
-      found.push_back(line.substr(at + marker.size()));
+    for (size_t i = 0; i < markers.size(); ++i) {
+      const size_t at = line.find(markers[i]);
+      if (at != std::string::npos) {
+        found[i].push_back(line.substr(at + markers[i].size()));
+        break;
+      }
+    }
   }
   return found;
 }
@@ -96,4 +105,10 @@ std::string sourceEcu(const std::string &line) {
     return "";
   const size_t end = line.find_first_of(",:", start);
   return line.substr(start + 4, end == std::string::npos ? std::string::npos : end - start - 4);
+}
+
+std::string shownState(const std::string &line) {
+  // "ECU 7e0/7e8: session 03; ..." -> "session 03; ..."
+  const size_t at = line.find(": ");
+  return at == std::string::npos ? line : line.substr(at + 2);
 }

@@ -14,6 +14,9 @@ public:
   // The text after `marker` of each line appended since the last call that
   // holds it, in order.
   std::vector<std::string> newLines(const std::string &marker);
+  // The same for several markers at once: for each marker, the text after
+  // it of the new lines that hold it (a line counts for its first marker).
+  std::vector<std::vector<std::string>> newLines(const std::vector<std::string> &markers);
   // Skips what was appended so far.
   void skipToEnd();
 
@@ -46,5 +49,8 @@ std::string programLogPath();
 // "Session refused by" line after its ECU), with every <path> shortened to
 // its file name: "entry engine.xml:41 22F1??, response 1 of 1".
 std::string shownSource(const std::string &line);
+// An "ECU state" line after its marker, as shown: "session 03; level 01
+// unlocked" (the ECU it names is left out).
+std::string shownState(const std::string &line);
 // The ECU such a line names ("7e0/7e8").
 std::string sourceEcu(const std::string &line);

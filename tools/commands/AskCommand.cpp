@@ -8,6 +8,7 @@
 #include "Output.h"
 #include "Session.h"
 
+#include <chrono>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -32,6 +33,10 @@ const char kDetails[] =
     "                request, the events read (type, name, resultCode,\n"
     "                frame) and where each ECU's answer came from\n"
     "\n"
+    "An ECU that answers \"response pending\" (7F xx 78) is read on until its\n"
+    "final answer, up to 5 s. Under each answer of an ECU that keeps a state,\n"
+    "\"state\" shows its session, security levels and identifiers after it.\n"
+    "\n"
     "Under each answer, \"from\" names the scenario entry that answered\n"
     "(engine.xml:41 22F1?\?) or why none did; the library writes it to its log\n"
     "file, which ask reads (a temporary one unless --log or CANSIMU_LOG names\n"
@@ -44,6 +49,38 @@ const char kDetails[] =
 // without any answer waits this long.
 constexpr uint32_t kReadMs = 100;
 constexpr size_t kFrameBytes = 8;
+// How long an ECU that answered "response pending" may take for its next
+// answer (a usual P2* time).
+constexpr uint32_t kPendingMs = 5000;
+
+bool isResponsePending(const std::string &frame) {
+  return frame.size() == 6 && frame.compare(0, 2, "7F") == 0 && frame.compare(4, 2, "78") == 0;
+}
+
+// The answers to one request: read on while the last one says "response
+// pending".
+Reading readAnswers(Bus &bus, bool frames) {
+  Reading reading = frames ? bus.readPort(kReadMs) : bus.readChannel(kReadMs);
+  bus.setQuietMisses(true);
+  while (!reading.read.empty() && isResponsePending(reading.read.back().frame)) {
+    // A read may end at once on the signal of the record taken before:
+    // read again until the ECU's time is up.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPendingMs);
+    Reading more;
+    while (more.read.empty() && std::chrono::steady_clock::now() < deadline)
+      more = frames ? bus.readPort(kPendingMs) : bus.readChannel(kPendingMs);
+    if (more.read.empty()) {
+      std::fprintf(stderr, "< no final answer within %u ms\n", static_cast<unsigned>(kPendingMs));
+      break;
+    }
+    reading.read.insert(reading.read.end(), more.read.begin(), more.read.end());
+    reading.events += more.events;
+    reading.answers += more.answers;
+    reading.status = more.status;
+  }
+  bus.setQuietMisses(false);
+  return reading;
+}
 
 std::vector<Bytes> parseRequests(const std::vector<std::string> &texts, bool frames) {
   std::vector<Bytes> requests;
@@ -184,9 +221,11 @@ int runAsk(const Arguments &arguments) {
                                    : bus.sendRequest(request);
     if (sent != E_SUCCESS)
       return kExitRefused;
-    const Reading reading = frames ? bus.readPort(kReadMs) : bus.readChannel(kReadMs);
+    const Reading reading = readAnswers(bus, frames);
     everyAnswered = everyAnswered && reading.answers > 0;
-    const std::vector<std::string> found = sources.newLines("Answer source: ");
+    const std::vector<std::vector<std::string>> lines =
+        sources.newLines(std::vector<std::string>{"Answer source: ", "ECU state: "});
+    const std::vector<std::string> &found = lines[0];
     if (json) {
       printJson(request, reading, found);
       continue;
@@ -195,6 +234,11 @@ int runAsk(const Arguments &arguments) {
       printDetail(2, "from " +
                          (ecu == nullptr ? "ECU " + sourceEcu(source) + ": " : std::string()) +
                          shownSource(source));
+    // A stateful ECU: its state after the answer.
+    for (const std::string &state : lines[1])
+      printDetail(2, "state " +
+                         (ecu == nullptr ? "ECU " + sourceEcu(state) + ": " : std::string()) +
+                         shownState(state));
   }
   return everyAnswered ? kExitDone : kExitRefused;
 }

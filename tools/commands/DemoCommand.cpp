@@ -10,6 +10,7 @@
 #include "Records.h"
 #include "Session.h"
 
+#include <chrono>
 #include <cstdio>
 
 namespace {
@@ -29,6 +30,11 @@ const char kDetails[] =
     "failure); then a broadcast channel whose tester-present start frame\n"
     "reaches every ECU; then a raw CAN frame in mode 2.\n"
     "\n"
+    "The flashing ECU (examples/flashing.xml, only with the example bench): a\n"
+    "programming session, security access, a fingerprint written, an erase\n"
+    "that answers \"response pending\" first, a download, a checksum and a\n"
+    "reset, from an ECU that keeps a state.\n"
+    "\n"
     "CONFIG defaults to the example bench (examples/bench.xml of the source\n"
     "tree, or the copy built into the program when the tree is not there).\n"
     "The firmware image always comes from the example bench.\n";
@@ -41,6 +47,21 @@ constexpr uint32_t kReadMs = 100;
 // service the scenario does not know, an answer the scenario types.
 const char *const kRequests[] = {"1003", "22F190", "280301", "22F195"};
 const char kTesterPresent[] = "3E00";
+// What a flashing application sends the example flashing ECU, in order.
+const char *const kFlashingRequests[] = {"1003",
+                                         "1002",
+                                         "2711",
+                                         "271245746716",
+                                         "2EF15A010203040506070809",
+                                         "3101FF00",
+                                         "3400440001000000FF00",
+                                         "3601AABBCCDD",
+                                         "3602EEFF0011",
+                                         "37",
+                                         "3101FF01",
+                                         "1101"};
+// How long the flashing ECU may take after a "response pending" answer.
+constexpr uint32_t kPendingMs = 5000;
 const char kFrameRequest[] = "22F190";
 
 // Stops the demo at a call that did not answer E_SUCCESS.
@@ -120,6 +141,54 @@ void runFramePart(Session &session, Bus &bus, const BenchEcu &ecu) {
   expectSuccess(session.freeDevice());
 }
 
+bool isResponsePending(const ReadEvent &event) {
+  return event.frame.size() == 6 && event.frame.compare(0, 2, "7F") == 0 &&
+         event.frame.compare(4, 2, "78") == 0;
+}
+
+// The answers to one request: each read until an answer comes (a read may
+// end at once on the signal of the record taken before, and an answer may
+// be delayed), on after each "response pending" until the final one.
+void readUntilFinal(Bus &bus) {
+  bus.setQuietMisses(true);
+  Reading reading;
+  do {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPendingMs);
+    reading = Reading();
+    while (reading.read.empty() && std::chrono::steady_clock::now() < deadline)
+      reading = bus.readChannel(kPendingMs);
+  } while (!reading.read.empty() && isResponsePending(reading.read.back()));
+  bus.setQuietMisses(false);
+  if (reading.read.empty())
+    printNote("CAN_ChnRxMsg()", "no answer within 5 s");
+}
+
+// The example flashing ECU on its own bench: a whole flashing sequence.
+void runFlashingPart(const Arguments &arguments, const ExampleBench &bench) {
+  Session session(arguments.library, bench.file("flashing.xml"));
+  Bus bus(session, readBench(session.configuration()), Voice::Steps);
+  const BenchEcu *ecu = bus.ecus().empty() ? nullptr : &bus.ecus().front();
+  if (ecu == nullptr)
+    throw DemoStopped{};
+  printHeading("\nflashing.xml: reprogramming ECU " + ecu->label() +
+               ", which keeps a session, a security level and its identifiers");
+  expectSuccess(session.start());
+  expectSuccess(session.reserveDevice(true));
+  expectSuccess(bus.reservePort());
+  expectSuccess(setMode(session, 1));
+  expectSuccess(bus.loadAssocTable());
+  expectSuccess(bus.createChannel(ecu));
+  expectSuccess(bus.openSession());
+  for (const char *request : kFlashingRequests) {
+    expectSuccess(bus.sendRequest(bytesOf(request)));
+    readUntilFinal(bus);
+  }
+  expectSuccess(bus.closeSession());
+  expectSuccess(bus.freeChannel());
+  session.end();
+  printNote("CAN_DrvEnd()", "driver destroyed");
+}
+
 // The ECU the one-to-one channel talks to: the bench's first ECU that an
 // association table can name.
 const BenchEcu &firstAddressedEcu(const Bus &bus, const std::string &configuration) {
@@ -153,6 +222,14 @@ int runDemo(const Arguments &arguments) {
   }
   session.end();
   printNote("CAN_DrvEnd()", "driver destroyed");
+  // The flashing ECU belongs to the example bench.
+  if (exitStatus == kExitDone && arguments.positional.empty()) {
+    try {
+      runFlashingPart(arguments, bench);
+    } catch (const DemoStopped &) {
+      exitStatus = kExitRefused;
+    }
+  }
   if (exitStatus != kExitDone)
     printError("the demo stopped: the last call did not succeed");
   return exitStatus;

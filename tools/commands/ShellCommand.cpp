@@ -71,6 +71,9 @@ const char kDetails[] =
     "                          is given, those frame bytes; a final '*' accepts\n"
     "                          any rest (62F190*)\n"
     "  sleep MS                wait MS milliseconds (at most an hour)\n"
+    "  ecu                     the last state (session, security levels,\n"
+    "                          identifiers) of each ECU that keeps one; the\n"
+    "                          answers of such an ECU show it too\n"
     "  help                    this list\n"
     "  quit                    end the session (so does the end of input)\n"
     "\n"
@@ -90,7 +93,7 @@ const char kCommandList[] =
     "  port, assoc, baud, measures, channel ECU|broadcast [HEX], open,\n"
     "  send HEX..., close, frame ID HEX, free, rx [MS],\n"
     "  inject NAME STATUS [DETAIL], expect STATUS, expect rx TYPE [HEX],\n"
-    "  sleep MS, help, quit\n";
+    "  sleep MS, ecu, help, quit\n";
 
 // Answers are queued before the call that asked returns: only a missing
 // answer waits this long.
@@ -266,6 +269,7 @@ private:
         {"inject", 2, 3, Needs::Nothing, &Shell::inject},
         {"expect", 1, 3, Needs::Nothing, &Shell::expect},
         {"sleep", 1, 1, Needs::Nothing, &Shell::sleep},
+        {"ecu", 0, 0, Needs::Nothing, &Shell::ecu},
     };
     for (const Entry &entry : entries)
       if (name == entry.name)
@@ -346,10 +350,25 @@ private:
 
   // What the library logged about the answers since the last call.
   void printSources() {
-    for (const std::string &line : sources_.newLines("Answer source: "))
+    const std::vector<std::vector<std::string>> lines = sources_.newLines(
+        std::vector<std::string>{"Answer source: ", "Session refused by ", "ECU state: "});
+    for (const std::string &line : lines[0])
       printDetail(4, "from " + shownSource(line));
-    for (const std::string &line : sources_.newLines("Session refused by "))
+    for (const std::string &line : lines[1])
       printDetail(4, "refused by " + shownSource(line));
+    for (const std::string &line : lines[2]) {
+      printDetail(4, "state " + shownState(line));
+      ecuStates_[sourceEcu(line)] = shownState(line);
+    }
+  }
+
+  // The last state every stateful ECU showed, as the log told it.
+  Outcome ecu(const Words &) {
+    if (ecuStates_.empty())
+      printNote("(no state yet)", "no ECU that keeps a state has answered");
+    for (const auto &state : ecuStates_)
+      printDetail(2, "ECU " + state.first + ": " + state.second);
+    return std::nullopt;
   }
 
   Outcome send(const Words &line) {
@@ -518,6 +537,8 @@ private:
   bool interactive_;
   Armings armings_;
   LogFollower sources_{programLogPath()};
+  // ECU ("7e0/7e8") -> its last state line.
+  std::map<std::string, std::string> ecuStates_;
   std::vector<ReadEvent> lastRead_;
   unsigned line_ = 0;
   std::optional<CAN_STATUS> last_;
