@@ -268,6 +268,10 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
   const bool oneToOne = channelType == CHN_ONE_TO_ONE;
   logMessage(fittedLine({oneToOne ? L"1-1 Request [" : L"Broadcast Request [", requestText, L"]"},
                         kLineCapacity));
+  if (port.channelsCutOff()) {
+    reportLossOfCommunication(request);
+    return;
+  }
   const Echo values = echoValues();
   const std::vector<SimuECU *> asked = port.copyOf(ecus);
   unsigned lastDueMs = 0;
@@ -328,6 +332,21 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
     // The closing event follows the last delayed answer.
     deliverAt(end, lastDueMs);
   }
+}
+
+// A dead bus: the request cannot be sent, which the host learns as a send
+// failure carrying its request; no ECU is asked.
+void SimuChannel::reportLossOfCommunication(const CAN_DiagMsg *request) {
+  logMessage(L"Loss of communication: the box is unplugged, the request is not sent");
+  CAN_EventChn event = {};
+  event.type = CHN_TYPE_SEND_FAILED_LOSSOFCOM;
+  if (request != nullptr) {
+    event.request = copyOfRequest(*request);
+    if (event.request == nullptr)
+      return;
+  }
+  if (events.push(event) != 0)
+    releasePayload(event);
 }
 
 // A channel event held until it is due; released unread when the channel

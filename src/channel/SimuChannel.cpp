@@ -68,6 +68,12 @@ CAN_STATUS SimuChannel::openSession() {
     sessionOpen = true;
     return E_SUCCESS;
   }
+  // On a dead bus no ECU can take the dialog.
+  if (port.channelsCutOff()) {
+    sessionOpen = false;
+    logMessage(L"Loss of communication: the box is unplugged, no ECU takes the session");
+    return E_INVALID;
+  }
   // Every ECU is asked: each check may re-read its scenario and advances
   // the rotation of its "OPENDIALOG" answer.
   sessionOpen = false;

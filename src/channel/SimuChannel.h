@@ -77,6 +77,8 @@ private:
   // Pushes `event` now, or has the port's scheduler push it in `dueMs`.
   void deliverAt(CAN_EventChn &event, unsigned dueMs);
   struct DelayedEvent;
+  // Queues the send failure of a request on a dead bus.
+  void reportLossOfCommunication(const CAN_DiagMsg *request);
   Echo echoValues() const;
   static void releasePayload(CAN_EventChn &event);
 

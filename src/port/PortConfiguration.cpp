@@ -49,6 +49,13 @@ void SimuPort::readConfiguration(const TDomData &document) {
   const ACE_Array<TDomData> voltages = elementsNamed(document, L"VOLTAGES");
   const ACE_Array<TDomData> measures = elementsNamed(document, L"CANMESPHYS");
 
+  // An extension attribute on the box's state element.
+  ACE_Array<TDomData> stateElements = elementsNamed(document, L"CAN_DEVICESTATE");
+  if (stateElements.size() == 0)
+    stateElements = elementsNamed(document, L"DEVICESTATE");
+  lossOfCommunication =
+      stateElements.size() != 0 && attributeOf(stateElements[0], L"lossOfCom") == L"1";
+
   ACE_WString negative(L"80");
   const ACE_Array<TDomData> negativeElements = elementsNamed(document, L"NEGATIVE_RESPONSE");
   if (negativeElements.size() != 0)

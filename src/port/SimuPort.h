@@ -136,6 +136,10 @@ public:
 
   // The device's connection state as the host sees it.
   std::atomic<bool> deviceConnected{true};
+  // The bench's opt-in (lossOfCom="1" on CAN_DEVICESTATE): while the box
+  // is unplugged, channels meet a dead bus instead of answering.
+  std::atomic<bool> lossOfCommunication{false};
+  bool channelsCutOff() const { return lossOfCommunication && !deviceConnected; }
   // The mode last set on the device by CAN_DevSetMode.
   std::atomic<ACE_UINT32> mode{0};
   // The host has reserved the port.
