@@ -2,10 +2,13 @@
 // several channels, raw frames, a harness arming statuses and injecting
 // events, and a tester rewriting the configuration and the scenarios so
 // that re-reads happen under traffic. Every answer and every injected event
-// must arrive exactly once; under ThreadSanitizer nothing may race.
+// must arrive exactly once; under ThreadSanitizer nothing may race. One ECU
+// answers late (a delay, response-pending answers) to a one-to-one channel,
+// the broadcast channel and raw frames at once, while its file is re-read.
 #include "support/BusFixture.h"
 
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <mutex>
@@ -66,9 +69,19 @@ protected:
   std::string scenarioXml(const std::string &answer) {
     return ScenarioFile().event("3E00", {answer}).event("2201", {answer + "01"}).xml();
   }
+  // The late ECU: tester present after 3 ms, 2201 after a pending answer.
+  std::string delayedScenarioXml() {
+    return ScenarioFile()
+        .raw("<EVENEMENT delay='3'><REQUETE><TRAME>3E00</TRAME></REQUETE>"
+             "<REPONSE><TRAME>7E03</TRAME></REPONSE></EVENEMENT>")
+        .raw("<EVENEMENT pending='1' every='2'><REQUETE><TRAME>2201</TRAME></REQUETE>"
+             "<REPONSE><TRAME>62010D</TRAME></REPONSE></EVENEMENT>")
+        .xml();
+  }
   std::string units() {
     std::string xml;
-    const char *ids[][3] = {{"a", "7E0", "7E8"}, {"b", "7E1", "7E9"}, {"c", "7E2", "7EA"}};
+    const char *ids[][3] = {
+        {"a", "7E0", "7E8"}, {"b", "7E1", "7E9"}, {"c", "7E2", "7EA"}, {"d", "7E3", "7EB"}};
     for (const auto &id : ids)
       xml += "<UCE scenario='" + dir.file(std::string(id[0]) + ".xml") +
              "' targetAddress='1' idTx='" + id[1] + "' idRx='" + id[2] + "'/>";
@@ -81,6 +94,7 @@ protected:
       const std::string path = dir.file(std::string(answer[0]) + ".xml");
       replaceFile(path, scenarioXml(answer[1]), time);
     }
+    replaceFile(dir.file("d.xml"), delayedScenarioXml(), time);
   }
 };
 
@@ -91,16 +105,17 @@ TEST_F(Stress, EveryAnswerAndInjectedEventArrivesOnceWhileFilesChangeUnderTraffi
   start(units(), 1);
   const std::vector<CAN_AssocEntry> entries = {{{}, 0x10, {}, 0x7E0, 0x7E8, 0},
                                                {{}, 0x11, {}, 0x7E1, 0x7E9, 0},
-                                               {{}, 0x12, {}, 0x7E2, 0x7EA, 0}};
-  const CAN_AssocTable table = {3, const_cast<CAN_AssocEntry *>(entries.data())};
+                                               {{}, 0x12, {}, 0x7E2, 0x7EA, 0},
+                                               {{}, 0x13, {}, 0x7E3, 0x7EB, 0}};
+  const CAN_AssocTable table = {4, const_cast<CAN_AssocEntry *>(entries.data())};
   AssocResult result;
   ASSERT_EQ(CAN_PrtLoadAssocTable(port, &table, &result), E_SUCCESS);
   // The broadcast channel first (it takes every free ECU), then one-to-one
   // channels that find their ECUs through the table.
-  CAN_CHN_HANDLE channels[3] = {};
-  const uint32_t types[3] = {CHN_BROADCAST, CHN_ONE_TO_ONE, CHN_ONE_TO_ONE};
-  const uint8_t addresses[3] = {0, 0x10, 0x11};
-  for (int i = 0; i < 3; ++i) {
+  CAN_CHN_HANDLE channels[4] = {};
+  const uint32_t types[4] = {CHN_BROADCAST, CHN_ONE_TO_ONE, CHN_ONE_TO_ONE, CHN_ONE_TO_ONE};
+  const uint8_t addresses[4] = {0, 0x10, 0x11, 0x13};
+  for (int i = 0; i < 4; ++i) {
     ASSERT_EQ(CAN_ChnCreate(port, types[i], 0, &channels[i]), E_SUCCESS);
     CAN_ChnConfigRec config = {};
     config.ecuAddress = addresses[i];
@@ -110,7 +125,7 @@ TEST_F(Stress, EveryAnswerAndInjectedEventArrivesOnceWhileFilesChangeUnderTraffi
   ASSERT_EQ(CAN_DevSetMode(device, 2, &detail), E_SUCCESS);
 
   std::vector<std::thread> readers;
-  Tally driver, box, bus, chn[3];
+  Tally driver, box, bus, chn[4];
   readers.emplace_back([&] {
     for (;;) {
       CAN_EventDrv *event = nullptr;
@@ -155,7 +170,7 @@ TEST_F(Stress, EveryAnswerAndInjectedEventArrivesOnceWhileFilesChangeUnderTraffi
       bus.add(key);
     }
   });
-  for (int i = 0; i < 3; ++i)
+  for (int i = 0; i < 4; ++i)
     readers.emplace_back([&, i] {
       for (;;) {
         CAN_EventChn *event = nullptr;
@@ -177,7 +192,7 @@ TEST_F(Stress, EveryAnswerAndInjectedEventArrivesOnceWhileFilesChangeUnderTraffi
 
   std::vector<std::thread> workers;
   std::atomic<int> refused{0};
-  for (int i = 0; i < 3; ++i)
+  for (int i = 0; i < 4; ++i)
     workers.emplace_back([&, i] {
       uint8_t bytes[2] = {0x3E, 0x00};
       const CAN_DiagMsg request = {0, 2, bytes};
@@ -187,6 +202,13 @@ TEST_F(Stress, EveryAnswerAndInjectedEventArrivesOnceWhileFilesChangeUnderTraffi
     });
   workers.emplace_back([&] {
     const CAN_FramePort frame = {0x7E2, 0, 0, 2, {0x22, 0x01}, 0};
+    uint8_t frameDetail = 0;
+    for (int n = 0; n < kFrames; ++n)
+      if (CAN_PrtSendTrame(port, &frame, &frameDetail) != E_SUCCESS)
+        ++refused;
+  });
+  workers.emplace_back([&] {
+    const CAN_FramePort frame = {0x7E3, 0, 0, 2, {0x22, 0x01}, 0};
     uint8_t frameDetail = 0;
     for (int n = 0; n < kFrames; ++n)
       if (CAN_PrtSendTrame(port, &frame, &frameDetail) != E_SUCCESS)
@@ -214,6 +236,9 @@ TEST_F(Stress, EveryAnswerAndInjectedEventArrivesOnceWhileFilesChangeUnderTraffi
   });
   for (auto &worker : workers)
     worker.join();
+  // The late answers are all delivered before the end markers go.
+  while (simuPort().delayedAnswersWaiting() != 0)
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
 
   // Every queue gets its end marker; the channels' sessions close first.
   EXPECT_EQ(CAN_DrvEndFifo(), E_SUCCESS);
@@ -237,4 +262,8 @@ TEST_F(Stress, EveryAnswerAndInjectedEventArrivesOnceWhileFilesChangeUnderTraffi
   EXPECT_EQ(chn[0].of(std::to_string(CHN_TYPE_END_OF_RCV)), kRequests + 1) << "and the opening";
   EXPECT_EQ(chn[1].of("7E00"), kRequests);
   EXPECT_EQ(chn[2].of("7E01"), kRequests);
+  EXPECT_EQ(chn[0].of("7E03"), kRequests) << "the late ECU on the broadcast channel";
+  EXPECT_EQ(chn[3].of("7E03"), kRequests) << "the late ECU on its own channel";
+  EXPECT_EQ(bus.of("frame 7F2278"), kFrames) << "the late ECU's pending answers";
+  EXPECT_EQ(bus.of("frame 62010D"), kFrames) << "and its answers";
 }
