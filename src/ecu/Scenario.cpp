@@ -47,6 +47,10 @@ ACE_INT32 Scenario::findResponse(const ACE_WString &request, ACE_WString &respon
                                  ScenarioHit *hit) {
   ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lookupLock, -1);
   reloadIfChanged();
+  return lookUp(request, response, hit);
+}
+
+ACE_INT32 Scenario::lookUp(const ACE_WString &request, ACE_WString &response, ScenarioHit *hit) {
   ResponseList *list = requests.find(request);
   if (list == nullptr)
     return -1;
@@ -99,7 +103,7 @@ ACE_INT32 Scenario::findResponse(const ACE_WString &request, ACE_WString &respon
   ACE_GUARD_RETURN(ACE_Recursive_Thread_Mutex, guard, lookupLock, -1);
   reloadIfChanged();
   if (!state)
-    return findResponse(request, response, hit);
+    return lookUp(request, response, hit);
   stateful.stateful = true;
   const EcuState::Clock::time_point now = EcuState::Clock::now();
   state->requestArrives(now);

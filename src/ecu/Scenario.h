@@ -94,6 +94,8 @@ private:
   // already matches it, or a new one. Null when the table takes no entry.
   ResponseList *entryFor(const ACE_WString &pattern);
 
+  // The plain look-up, once the file is checked and the lock held.
+  ACE_INT32 lookUp(const ACE_WString &request, ACE_WString &response, ScenarioHit *hit);
   ACE_INT32 answerFromEntry(ResponseList &list, ACE_WString &response, ScenarioHit *hit);
 
   RequestTable requests;
