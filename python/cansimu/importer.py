@@ -12,8 +12,9 @@ being the address F0 and above), named by the user (--ecu 710/77A=gateway),
 or found by the answers themselves: a message whose first byte is the
 service of another identifier's pending request plus 40, or 7F and that
 service. Functional requests (7DF, 18DB33F1) go to every ECU that answers
-them. Response-pending answers (7F xx 78) are dropped: the final answer is
-the one scripted.
+them. Response-pending answers (7F xx 78) are not scripted as answers: the
+final answer is, and the entry carries how it came (the timing attributes
+pending, every and delay of a scenario entry, as first recorded).
 """
 
 import logging
@@ -53,6 +54,18 @@ class Position:
 class Entry:
     first: Position
     answers: list = field(default_factory=list)
+    timing: tuple = None  # (pending, every ms, delay ms) of the first answer that had any
+
+
+def timing_of(asked, pendings, answered):
+    """The scenario timing of an answer recorded at `answered` seconds, after
+    response-pending answers at `pendings`, to a request at `asked`: the
+    library sends the first pending answer at once, the next ones `every`
+    ms apart, and the answer `delay` ms after the last pending slot."""
+    count = len(pendings)
+    every = round((pendings[-1] - pendings[0]) * 1000 / (count - 1)) if count > 1 else 0
+    delay = max(0, round((answered - asked) * 1000) - count * every)
+    return count, every, delay
 
 
 def answers(payload, request):
@@ -81,6 +94,7 @@ class Ecu:
         self.requests = 0
         self.answers = 0
         self.pending_dropped = 0
+        self.pending_times = {}  # service -> times of its response-pending answers
         self.unsolicited = 0
         self.unanswered = {}  # request hex -> [count, first Position]
         self.transport_errors = 0
@@ -99,6 +113,7 @@ class Ecu:
             self.error_lines.append(f"{position}: {text}")
 
     def ask(self, request, position):
+        self.pending_times.pop(request[0], None)
         if request[0] in self.pending:
             self.unanswer(*self.pending[request[0]])
         self.requests += 1
@@ -108,11 +123,13 @@ class Ecu:
         seen = self.unanswered.setdefault(request.hex().upper(), [0, position])
         seen[0] += 1
 
-    def answer(self, request, position, payload):
+    def answer(self, request, position, payload, timing=None):
         self.answers += 1
         entry = self.entries.get(request.hex().upper())
         if entry is None:
             entry = self.entries[request.hex().upper()] = Entry(position)
+        if timing is not None and entry.timing is None:
+            entry.timing = timing
         text = payload.hex().upper()
         entry.answers.append(self._texts.setdefault(text, text))  # one string per distinct answer
 
@@ -325,13 +342,19 @@ class Importer:
             return
         if payload[0] == 0x7F and payload[2] == PENDING:
             ecu.pending_dropped += 1
+            if chosen is not group:
+                ecu.pending_times.setdefault(service, []).append(position.timestamp)
             return
+        timing = None
         if chosen is group:
             group[2].add(ecu)
             ecu.requests += 1
         else:
             del ecu.pending[service]
-        ecu.answer(chosen[0], chosen[1], payload)
+            pendings = ecu.pending_times.pop(service, None)
+            if pendings:
+                timing = timing_of(chosen[1].timestamp, pendings, position.timestamp)
+        ecu.answer(chosen[0], chosen[1], payload, timing)
 
     def _discover(self, key, sender, payload, position):
         """A message on an identifier no ECU uses yet: an answer to another
@@ -367,8 +390,8 @@ class Importer:
                          f"{ecu.transport_errors} transport errors, {ecu.non_diagnostic} "
                          f"non-diagnostic frames")
             if ecu.pending_dropped:
-                lines.append(f"  {ecu.pending_dropped} response-pending answers (7F xx 78) "
-                             "dropped")
+                lines.append(f"  {ecu.pending_dropped} response-pending answers (7F xx 78), "
+                             "written as the timing of their entries")
             if ecu.unsolicited:
                 lines.append(f"  {ecu.unsolicited} answers to no request, kept out")
             for request, (count, first) in ecu.unanswered.items():
@@ -446,7 +469,10 @@ def scenario_text(ecu, sources):
         replies = period(entry.answers)
         seen = f"{len(entry.answers)} answers" if len(entry.answers) > 1 else "1 answer"
         lines.append(f"  <!-- {_comment(f'first seen at {entry.first}, {seen}')} -->")
-        lines.append("  <EVENEMENT>")
+        if entry.timing is None:
+            lines.append("  <EVENEMENT>")
+        else:
+            lines.append('  <EVENEMENT pending="%d" every="%d" delay="%d">' % entry.timing)
         lines.append(f"    <REQUETE><TRAME>{request}</TRAME></REQUETE>")
         lines.append("    <REPONSE>" + "".join(f"<TRAME>{r}</TRAME>" for r in replies)
                      + "</REPONSE>")

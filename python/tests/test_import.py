@@ -315,3 +315,29 @@ def test_the_rotation_is_the_shortest_cycle_giving_the_recorded_answers(tmp_path
     written = re.findall(r"<TRAME>62DD01(\w\w)</TRAME>",
                          (tmp_path / "out" / "ecu_7E0.xml").read_text())
     assert "".join(bytes.fromhex(v).decode() for v in written) == rotation
+
+
+@pytest.mark.parametrize("pendings, answered, attributes", [
+    ([0.010, 0.110, 0.210], 0.400, 'pending="3" every="100" delay="100"'),
+    ([0.010], 0.250, 'pending="1" every="0" delay="250"'),
+    ([], 0.020, None),  # no pending answer: a plain entry
+])
+def test_response_pending_answers_become_the_entry_timing(tmp_path, pendings, answered,
+                                                          attributes):
+    """The library sends the first pending answer at once, the next ones
+    `every` ms apart, the answer `delay` ms after the last pending slot: the
+    written attributes replay the recorded times."""
+    stamped = [(0.0, 0x7E0, b"\x04\x31\x01\xFF\x00\xAA\xAA\xAA")]
+    stamped += [(t, 0x7E8, b"\x03\x7F\x31\x78\xAA\xAA\xAA\xAA") for t in pendings]
+    stamped.append((answered, 0x7E8, b"\x05\x71\x01\xFF\x00\x00\xAA\xAA"))
+    path = tmp_path / "bus.log"
+    with can.Logger(str(path)) as writer:
+        for offset, can_id, data in stamped:
+            writer.on_message_received(can.Message(timestamp=START + offset, arbitration_id=can_id,
+                                                   channel="can0", is_extended_id=False,
+                                                   data=data))
+    import_traces([path], tmp_path / "out")
+    text = (tmp_path / "out" / "ecu_7E0.xml").read_text()
+    opening = re.search(r"<EVENEMENT( [^>]*)?>\s*<REQUETE><TRAME>3101FF00", text).group(1)
+    assert (opening.strip() if opening else None) == attributes
+    assert "<TRAME>7101FF0000</TRAME>" in text and "7F3178" not in text
