@@ -295,8 +295,9 @@ void SessionReport::entriesRead(const Ecu &ecu, const std::vector<Entry> &entrie
     if (report == nullptr)
       return;
     EcuRecord &record = recordOf(ecu);
-    // Entries of the new read come first, in file order, with the hits
-    // they had; entries gone from the file stay only if they were hit.
+    // Entries of the new read come first, in file order, with the hits and
+    // refusals they had; entries gone from the file stay only if they were
+    // hit or refused.
     std::vector<EntryCount> kept;
     std::map<std::pair<unsigned, std::string>, size_t> index;
     for (const Entry &entry : entries) {
@@ -306,13 +307,15 @@ void SessionReport::entriesRead(const Ecu &ecu, const std::vector<Entry> &entrie
         continue;
       const auto old = record.entryIndex.find(key);
       index.emplace(key, kept.size());
-      kept.push_back(EntryCount{
-          static_cast<unsigned>(entry.line), pattern,
-          old != record.entryIndex.end() ? record.entries[old->second].hits : 0, 0, std::string()});
+      if (old != record.entryIndex.end()) {
+        kept.push_back(record.entries[old->second]);
+        continue;
+      }
+      kept.push_back(EntryCount{static_cast<unsigned>(entry.line), pattern, 0, 0, std::string()});
     }
     for (const EntryCount &old : record.entries) {
       const auto key = std::make_pair(old.line, old.pattern);
-      if (old.hits != 0 && index.count(key) == 0) {
+      if ((old.hits != 0 || old.refused != 0) && index.count(key) == 0) {
         index.emplace(key, kept.size());
         kept.push_back(old);
       }
