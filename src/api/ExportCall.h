@@ -10,6 +10,7 @@
 #pragma once
 
 #include "cansimu/cansimu.h"
+#include "platform/AppendBuffer.h"
 
 #include <ace/Basic_Types.h>
 
@@ -31,6 +32,10 @@ class ExportCall {
 public:
   ExportCall(const char *exportName, CAN_STATUS nullCode)
       : name_(exportName), nullCode_(nullCode) {}
+  // The lines the call logged or traced reach their files as it ends.
+  ~ExportCall() { AppendBuffer::flushAll(); }
+  ExportCall(const ExportCall &) = delete;
+  ExportCall &operator=(const ExportCall &) = delete;
 
   // Null check with the family's code.
   ExportCall &require(const void *pointer) { return require(pointer, nullCode_); }
@@ -92,6 +97,7 @@ public:
       return E_SUCCESS;
     };
     guarded(name, body);
+    AppendBuffer::flushAll();
   }
 
 private:
