@@ -11,6 +11,7 @@
 
 #include "cansimu/cansimu.h"
 #include "platform/AppendBuffer.h"
+#include "platform/FileWatch.h"
 
 #include <ace/Basic_Types.h>
 
@@ -92,6 +93,7 @@ public:
   }
   // The same for exports that give no result.
   template <class Operation> static void guardedVoid(const char *name, Operation &&operation) {
+    FileWatch::CallScope scope;
     auto body = [&]() -> CAN_STATUS {
       operation();
       return E_SUCCESS;
@@ -107,6 +109,7 @@ private:
     status_ = status;
   }
 
+  FileWatch::CallScope scope_;
   const char *name_;
   CAN_STATUS nullCode_;
   bool answered_ = false;

@@ -47,6 +47,28 @@ public:
   // How many folders the process watches now (for tests of handle leaks).
   static std::size_t watchedFolderCount();
 
+  // The span of one host call on this thread. Where one notifier serves
+  // every folder (POSIX), it is read once per call, at the first look: an
+  // edit saved before the call is then known to every look of the call,
+  // and the call pays one system call however many files it consults.
+  class CallScope {
+  public:
+    CallScope() {
+      if (depth++ == 0)
+        looked = false;
+    }
+    ~CallScope() { --depth; }
+    CallScope(const CallScope &) = delete;
+    CallScope &operator=(const CallScope &) = delete;
+    // Whether this call already read the notifier; outside any call, never.
+    static bool lookedInThisCall() { return depth > 0 && looked; }
+    static void noteLook() { looked = true; }
+
+  private:
+    static inline thread_local unsigned depth = 0;
+    static inline thread_local bool looked = false;
+  };
+
   struct Folder;
 
 private:

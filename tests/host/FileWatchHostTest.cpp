@@ -69,6 +69,24 @@ TEST_F(FileWatchHost, TenThousandEcusOnOneScenarioAllAnswerFromItsNextSave) {
   EXPECT_EQ(edited, count);
 }
 
+// Through the exports, each call reads the watch afresh: a save made
+// between two requests is seen by the second, a thousand times in a row.
+TEST_F(FileWatchHost, ASaveBetweenTwoRequestsIsSeenByTheSecond) {
+  start(ecu("7E0", "7E8", ScenarioFile().event("22F190", {"62F19000"}), "engine"), 2);
+  const std::string scenario = dir.file("engine.xml");
+  const CAN_FramePort request = frameTo(0x7E0, {0x22, 0xF1, 0x90});
+  int missed = 0;
+  for (int save = 1; save <= 1000; ++save) {
+    const std::string answer = "62F1" + hex(0x1000 + save);
+    ScenarioFile().event("22F190", {answer}).writeTo(scenario + ".tmp");
+    setModificationTime(scenario + ".tmp", 2000000000LL + save);
+    std::filesystem::rename(scenario + ".tmp", scenario);
+    ASSERT_EQ(CAN_PrtSendTrame(port, &request, &detail), E_SUCCESS);
+    missed += frameHex(*nextEvent()) == answer ? 0 : 1;
+  }
+  EXPECT_EQ(missed, 0);
+}
+
 #ifndef _WIN32
 // A scenario reached through a link is read from a folder nobody watches:
 // its ECUs check the file's time at each look-up, and the log says so once.

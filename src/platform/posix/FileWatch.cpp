@@ -164,10 +164,11 @@ private:
   }
 };
 
-// Constant-initialised parts only, so that it is usable from load hooks.
+// Made on first use and never destroyed: a host may end the driver from
+// its own static destructors, after this file's statics would be gone.
 Notifier &notifier() {
-  static Notifier instance;
-  return instance;
+  static Notifier *instance = new Notifier;
+  return *instance;
 }
 
 std::uint64_t changeCount(const FileWatch::Folder &folder, const void *file,
@@ -243,7 +244,10 @@ bool FileWatch::mayHaveChanged() {
     return true;
   Notifier &shared = notifier();
   std::lock_guard<std::mutex> guard(shared.lock);
-  shared.drain();
+  if (!CallScope::lookedInThisCall()) {
+    shared.drain();
+    CallScope::noteLook();
+  }
   if (folder->descriptor < 0 && shared.rewatch(*folder))
     ++folder->changes;
   const std::uint64_t now = changeCount(*folder, file, shared.overflows);

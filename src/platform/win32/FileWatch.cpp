@@ -85,9 +85,11 @@ public:
   }
 };
 
+// Made on first use and never destroyed: a host may end the driver from
+// its own static destructors, after this file's statics would be gone.
 Notifier &notifier() {
-  static Notifier instance;
-  return instance;
+  static Notifier *instance = new Notifier;
+  return *instance;
 }
 
 } // namespace
