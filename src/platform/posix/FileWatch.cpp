@@ -8,6 +8,7 @@
 #include "platform/FileSystem.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <map>
 #include <memory>
@@ -93,6 +94,10 @@ public:
         note(*event);
         at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
       }
+      // A read takes every queued event that fits: room to spare means the
+      // queue is empty, and a second read would only say so.
+      if (static_cast<std::size_t>(got) + sizeof(inotify_event) + NAME_MAX + 1 <= sizeof buffer)
+        return;
     }
   }
 
