@@ -71,12 +71,13 @@ public:
     if (::WaitForSingleObject(folder.handle, 0) != WAIT_OBJECT_0)
       return;
     ++folder.changes;
-    // A folder that was deleted or renamed away is let go, so that its
-    // name can be used again, and watched afresh once it exists.
-    const DWORD attributes = ::GetFileAttributesW(folder.path.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0 ||
-        !::FindNextChangeNotification(folder.handle))
-      unwatch(folder);
+    // The handle is opened afresh rather than re-armed: a folder deleted
+    // while watched stays pending deletion as long as a handle holds it,
+    // which would keep its name from being used again. A change between
+    // the close and the new handle is covered by the file check that
+    // follows this look.
+    unwatch(folder);
+    watch(folder);
   }
 
   void release() {
