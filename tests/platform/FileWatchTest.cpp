@@ -1,5 +1,5 @@
-// The change watch of a file's folder: what it reports, what it ignores, how
-// it survives its folder going away, and that it holds nothing once stopped.
+// The change watch of a file's folder: what it reports, what it ignores, and
+// how it survives its folder going away.
 #include "platform/FileWatch.h"
 #include "platform/CodePage.h"
 #include "support/TempDir.h"
@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -99,25 +98,4 @@ TEST(FileWatchTest, MayHaveChanged_WatchesAFolderAgainAfterItWasDeletedAndRecrea
   EXPECT_FALSE(watch.mayHaveChanged());
   setModificationTime(file, 3000000);
   EXPECT_TRUE(watch.mayHaveChanged()) << "edits in the new folder are reported";
-}
-
-// Readers of one folder share its watch; the last one to stop releases it.
-TEST(FileWatchTest, Stop_ReleasesTheFolderWithItsLastWatch) {
-  TempDir dir;
-  const std::string file = dir.file("ecu.xml");
-  writeFile(file, "<A/>");
-  const std::size_t before = FileWatch::watchedFolderCount();
-  std::vector<std::unique_ptr<FileWatch>> watches;
-  for (int i = 0; i < 100; ++i) {
-    watches.push_back(std::make_unique<FileWatch>());
-    ASSERT_TRUE(startWatch(*watches.back(), file));
-  }
-  EXPECT_EQ(FileWatch::watchedFolderCount(), before + 1);
-  setModificationTime(file, 2000000);
-  for (auto &watch : watches)
-    EXPECT_TRUE(watch->mayHaveChanged()) << "every reader learns of the edit";
-  watches.resize(1);
-  EXPECT_EQ(FileWatch::watchedFolderCount(), before + 1);
-  watches.clear();
-  EXPECT_EQ(FileWatch::watchedFolderCount(), before);
 }
