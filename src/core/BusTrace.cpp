@@ -9,16 +9,18 @@
 #include <chrono>
 #include <cstdio>
 #include <mutex>
+#include <new>
 
 namespace {
 
 // Guards the file and the clock anchors; constant-initialised, so that the
 // load hook may use it whatever the order of static initialisation.
 std::mutex traceLock;
-// The file, behind a buffer written at the end of each host call; made on
-// first use and never destroyed, like the log file's.
+// The file, behind a buffer written at the end of each host call; built in
+// place on first use and never destroyed, like the log file's.
 AppendBuffer &traceBuffer() {
-  static AppendBuffer *buffer = new AppendBuffer;
+  alignas(AppendBuffer) static unsigned char storage[sizeof(AppendBuffer)];
+  static AppendBuffer *buffer = new (storage) AppendBuffer;
   return *buffer;
 }
 // Made on first use: the load hook may run before this file's globals are.

@@ -21,6 +21,9 @@ std::FILE *AppendBuffer::attach(std::FILE *next) {
   flushLocked();
   std::FILE *previous = file;
   file = next;
+  // Without a file the buffer gives its memory back.
+  if (next == nullptr)
+    std::string().swap(pending);
   open.store(next != nullptr, std::memory_order_relaxed);
   return previous;
 }

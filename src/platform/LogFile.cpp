@@ -9,12 +9,15 @@
 #include <cerrno>
 #include <cstring>
 #include <mutex>
+#include <new>
 
 namespace {
-// Made on first use and never destroyed: the load and unload hooks use it
-// whatever the order of static initialisation and destruction.
+// Built in place on first use and never destroyed: the load and unload
+// hooks use it whatever the order of static initialisation and destruction.
+// Once its file is closed it holds no memory.
 AppendBuffer &logBuffer() {
-  static AppendBuffer *buffer = new AppendBuffer;
+  alignas(AppendBuffer) static unsigned char storage[sizeof(AppendBuffer)];
+  static AppendBuffer *buffer = new (storage) AppendBuffer;
   return *buffer;
 }
 // Constant-initialised: guards the opening by the bench.

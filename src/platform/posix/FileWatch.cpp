@@ -13,6 +13,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <unordered_map>
 
@@ -134,6 +135,7 @@ public:
       ::close(descriptor);
     descriptor = -1;
     fallbackReported = false;
+    decltype(byDescriptor)().swap(byDescriptor);
   }
 
 private:
@@ -169,10 +171,12 @@ private:
   }
 };
 
-// Made on first use and never destroyed: a host may end the driver from
-// its own static destructors, after this file's statics would be gone.
+// Built in place on first use and never destroyed: a host may end the
+// driver from its own static destructors, after this file's statics would
+// be gone. With no watch left it holds no memory.
 Notifier &notifier() {
-  static Notifier *instance = new Notifier;
+  alignas(Notifier) static unsigned char storage[sizeof(Notifier)];
+  static Notifier *instance = new (storage) Notifier;
   return *instance;
 }
 
