@@ -148,6 +148,7 @@ int main(int argc, char **argv) {
   registerScenarioBenchmarks(options);
   Collector collector(details);
   benchmark::RunSpecifiedBenchmarks(&collector);
+  closeHostSessions();
 
   std::cout << "\n";
   printSummary(std::cout, collector.results, pythonCan);

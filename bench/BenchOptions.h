@@ -21,5 +21,7 @@ struct BenchOptions {
 
 // Registers the benchmarks that drive the library through its exports.
 void registerHostBenchmarks(const BenchOptions &options);
+// Ends the host benchmarks' drivers; their libraries stay loaded.
+void closeHostSessions();
 // Registers the scenario look-up and load benchmarks.
 void registerScenarioBenchmarks(const BenchOptions &options);

@@ -2,6 +2,7 @@
 // how fast a blocked reader wakes, and whether memory stays flat over a
 // million requests. The wake-up reference, a bare ACE auto-reset event
 // between two threads, is timed the same way in the same run.
+#include "BenchFiles.h"
 #include "BenchOptions.h"
 #include "HostSession.h"
 
@@ -17,8 +18,11 @@
 #include <cmath>
 #include <cstdio>
 #include <exception>
+#include <fstream>
 #include <functional>
 #include <memory>
+#include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -26,14 +30,54 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// The session all host benchmarks share, opened by the first one; null,
-// with the benchmark skipped, when the library refused it.
-HostSession *sessionFor(benchmark::State &state, const BenchOptions &options, uint32_t mode) {
-  static std::unique_ptr<HostSession> session;
-  static std::string failure;
+// What the library writes besides its answers: nothing, the log file, or
+// the bus trace and the session report. Each writing kind loads its own copy
+// of the library, so that what one opens stays out of the others' figures.
+enum class Outputs { None, Log, TraceAndReport };
+
+// A copy of the library under another name, which the loader keeps apart
+// from the original: its own driver, log file and trace.
+std::string libraryCopy(const std::string &library, const std::string &name) {
+  const std::string copy = benchFile(name);
+  std::ifstream in(library, std::ios::binary);
+  std::ofstream out(copy, std::ios::binary | std::ios::trunc);
+  out << in.rdbuf();
+  if (!out)
+    throw std::runtime_error("cannot copy " + library + " to " + copy);
+  return copy;
+}
+
+std::unique_ptr<HostSession> openSession(const BenchOptions &options, Outputs outputs) {
+  switch (outputs) {
+  case Outputs::Log:
+    return std::make_unique<HostSession>(libraryCopy(options.libraryPath, "libcansimu-log.so"),
+                                         "<LOGFILE>" + benchFile("bench.log") + "</LOGFILE>");
+  case Outputs::TraceAndReport:
+    return std::make_unique<HostSession>(libraryCopy(options.libraryPath, "libcansimu-trace.so"),
+                                         "<TRACEFILE>" + benchFile("bench.candump") +
+                                             "</TRACEFILE><REPORTFILE>" + benchFile("report.xml") +
+                                             "</REPORTFILE>");
+  case Outputs::None:
+    break;
+  }
+  return std::make_unique<HostSession>(options.libraryPath);
+}
+
+// The session of each kind of outputs, in the order of Outputs.
+std::unique_ptr<HostSession> sessions[3];
+
+// The session of each kind of outputs, shared by the host benchmarks and
+// opened by the first one; null, with the benchmark skipped, when the
+// library refused it.
+HostSession *sessionFor(benchmark::State &state, const BenchOptions &options, uint32_t mode,
+                        Outputs outputs = Outputs::None) {
+  static std::string failures[3];
+  const size_t kind = static_cast<size_t>(outputs);
+  std::unique_ptr<HostSession> &session = sessions[kind];
+  std::string &failure = failures[kind];
   if (!session && failure.empty()) {
     try {
-      session = std::make_unique<HostSession>(options.libraryPath);
+      session = openSession(options, outputs);
     } catch (const std::exception &error) {
       failure = error.what();
     }
@@ -51,13 +95,17 @@ struct RoundTrip {
   const char *name;
   uint32_t mode;
   bool (HostSession::*run)();
+  Outputs outputs;
 };
 const RoundTrip kRoundTrips[] = {
-    {"host/diagnostic_round_trip", 1, &HostSession::diagnosticRoundTrip},
-    {"host/raw_frame_round_trip", 2, &HostSession::rawFrameRoundTrip}};
+    {"host/diagnostic_round_trip", 1, &HostSession::diagnosticRoundTrip, Outputs::None},
+    {"host/raw_frame_round_trip", 2, &HostSession::rawFrameRoundTrip, Outputs::None},
+    {"host/diagnostic_round_trip_log", 1, &HostSession::diagnosticRoundTrip, Outputs::Log},
+    {"host/diagnostic_round_trip_trace_report", 1, &HostSession::diagnosticRoundTrip,
+     Outputs::TraceAndReport}};
 
 void roundTrips(benchmark::State &state, const BenchOptions &options, const RoundTrip &kind) {
-  HostSession *host = sessionFor(state, options, kind.mode);
+  HostSession *host = sessionFor(state, options, kind.mode, kind.outputs);
   if (host == nullptr)
     return;
   for (auto _ : state) {
@@ -187,14 +235,31 @@ void residentMemory(benchmark::State &state, const BenchOptions &options) {
 
 } // namespace
 
+void closeHostSessions() {
+  // The copies of the library share ACE, and its allocator, with the
+  // original and with the program: each installed its own over the one
+  // before, and objects made since hold it. Every driver ends, and no
+  // library is unloaded before the process ends.
+  for (auto &session : sessions)
+    if (session) {
+      session->library.DrvEnd();
+      session.release();
+    }
+}
+
 void registerHostBenchmarks(const BenchOptions &options) {
   const auto withOptions = [options](void (*body)(benchmark::State &, const BenchOptions &)) {
     return [options, body](benchmark::State &state) { body(state, options); };
   };
   for (const RoundTrip &kind : kRoundTrips) {
+    // A fifth of the round trips where each one writes files: enough for a
+    // steady figure, without hundreds of megabytes of log.
+    const int64_t count = kind.outputs == Outputs::None
+                              ? options.roundTrips
+                              : std::max<int64_t>(1, options.roundTrips / 5);
     benchmark::RegisterBenchmark(
         kind.name, [options, &kind](benchmark::State &state) { roundTrips(state, options, kind); })
-        ->Iterations(options.roundTrips)
+        ->Iterations(count)
         ->Repetitions(options.repetitions)
         ->ReportAggregatesOnly(true)
         ->Unit(benchmark::kMicrosecond);

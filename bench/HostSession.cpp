@@ -3,6 +3,7 @@
 #include "BenchFiles.h"
 
 #include <cstring>
+#include <functional>
 #include <stdexcept>
 
 namespace {
@@ -44,15 +45,20 @@ void expect(CAN_STATUS status, const char *step) {
 
 } // namespace
 
-HostSession::HostSession(const std::string &libraryPath) : library(libraryPath) {
-  const std::string scenario = benchFile("engine.xml");
+HostSession::HostSession(const std::string &libraryPath, const std::string &outputs)
+    : library(libraryPath) {
+  // Files of its own for a session that writes outputs: rewriting another
+  // session's files would make that one read them again.
+  const std::string suffix =
+      outputs.empty() ? "" : "-" + std::to_string(std::hash<std::string>()(outputs));
+  const std::string scenario = benchFile("engine" + suffix + ".xml");
   writeBenchFile(scenario, engineScenario());
-  const std::string configuration = benchFile("bench.xml");
+  const std::string configuration = benchFile("bench" + suffix + ".xml");
   writeBenchFile(configuration,
                  "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<BENCH><CAN_SERIALNUMBER>" +
                      std::string(kSerial) +
-                     "</CAN_SERIALNUMBER><CAN_DEVICESTATE>DEV_TYPE_RCON</CAN_DEVICESTATE>"
-                     "<PORT><UCE targetAddress='10' idTx='7E0' idRx='7E8' scenario='" +
+                     "</CAN_SERIALNUMBER><CAN_DEVICESTATE>DEV_TYPE_RCON</CAN_DEVICESTATE>" +
+                     outputs + "<PORT><UCE targetAddress='10' idTx='7E0' idRx='7E8' scenario='" +
                      scenario + "'/></PORT></BENCH>\n");
   expect(library.DrvInit(configuration.c_str()), "CAN_DrvInit");
   expect(library.DevReservation(kSerial, &device_), "CAN_DevReservation");

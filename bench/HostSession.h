@@ -13,8 +13,9 @@
 class HostSession {
 public:
   // Loads the library at `libraryPath` and opens the session; throws
-  // std::runtime_error when a step is refused.
-  explicit HostSession(const std::string &libraryPath);
+  // std::runtime_error when a step is refused. `outputs` goes into the
+  // configuration as it is (LOGFILE, TRACEFILE, REPORTFILE elements).
+  explicit HostSession(const std::string &libraryPath, const std::string &outputs = "");
 
   // Sets the device's mode: 1 for diagnostic requests, 2 for raw frames.
   void setMode(uint32_t mode);

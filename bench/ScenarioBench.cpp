@@ -1,6 +1,6 @@
 // Look-up and load cost of a scenario whose patterns all share one bucket,
 // as every request of one service identifier does. Each look-up includes
-// the file-status check that precedes it.
+// the check for edits that precedes it. And `cansimu check` on such files.
 #include "BenchFiles.h"
 #include "BenchOptions.h"
 #include "ecu/Scenario.h"
@@ -8,7 +8,11 @@
 
 #include <benchmark/benchmark.h>
 
+#include <sys/wait.h>
+
+#include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <string>
 
@@ -68,6 +72,23 @@ void load(benchmark::State &state) {
   }
 }
 
+// `cansimu check` on a scenario file, as a tester runs it: the whole
+// program, timed from its start to its end.
+void check(benchmark::State &state) {
+  const std::string command =
+      "'" CANSIMU_BENCH_TOOL "' check '" + scenarioWith(state.range(0)) + "' >/dev/null 2>&1";
+  for (auto _ : state) {
+    const auto start = std::chrono::steady_clock::now();
+    const int status = std::system(command.c_str());
+    state.counters["seconds"] =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    if (status == -1 || !WIFEXITED(status)) {
+      state.SkipWithError("cansimu check did not run");
+      break;
+    }
+  }
+}
+
 } // namespace
 
 void registerScenarioBenchmarks(const BenchOptions &options) {
@@ -85,4 +106,5 @@ void registerScenarioBenchmarks(const BenchOptions &options) {
       ->Arg(10000)
       ->Arg(30000)
       ->Unit(benchmark::kMillisecond);
+  benchmark::RegisterBenchmark("check", check)->Arg(2000)->Arg(20000)->Iterations(1);
 }

@@ -65,6 +65,25 @@ void roundTripRows(std::vector<Row> &rows, const Results &results,
     }
   }
   rows.push_back(raw);
+  const Measured *plain = find(results, "host/diagnostic_round_trip");
+  const std::pair<const char *, const char *> withOutputs[] = {
+      {"host/diagnostic_round_trip_log", "log file on"},
+      {"host/diagnostic_round_trip_trace_report", "bus trace and session report on"}};
+  for (const auto &[name, label] : withOutputs) {
+    const double limit = std::string(name).find("log") != std::string::npos ? 1.5 : 2;
+    Row row{std::string("Diagnostic round trip, ") + label, kNotMeasured, "",
+            format("≤ %.1f× without", limit), ""};
+    if (const Measured *measured = find(results, name)) {
+      row.measured = grouped(1 / measured->seconds) + "/s (" +
+                     format("%.2f µs", measured->seconds * 1e6) + ")";
+      if (plain != nullptr) {
+        const double ratio = measured->seconds / plain->seconds;
+        row.judgedBy = format("%.2f× without", ratio);
+        row.met = verdict(ratio <= limit);
+      }
+    }
+    rows.push_back(row);
+  }
   Row reference{"Reference: python-can virtual bus, send + receive", kNotMeasured, "", "", ""};
   if (python)
     reference.measured = grouped(1 / *python) + "/s (" + format("%.2f µs", *python * 1e6) + ")";
@@ -135,6 +154,21 @@ void loadRow(std::vector<Row> &rows, const Results &results) {
   rows.push_back(row);
 }
 
+void checkRow(std::vector<Row> &rows, const Results &results) {
+  Row row{"cansimu check, 2 000 / 20 000 entries", "", "", "linear, 20 000 < 1 s", ""};
+  const Measured *small = find(results, "check/2000");
+  const Measured *large = find(results, "check/20000");
+  row.measured = (small ? format("%.2f", counter(*small, "seconds")) : std::string("-")) + " / " +
+                 (large ? format("%.2f", counter(*large, "seconds")) : std::string("-")) + " s";
+  if (small != nullptr && large != nullptr && counter(*small, "seconds") > 0) {
+    const double perEntry =
+        (counter(*large, "seconds") / 20000) / (counter(*small, "seconds") / 2000);
+    row.judgedBy = format("per entry, 20 000 / 2 000: %.2f×", perEntry);
+    row.met = verdict(counter(*large, "seconds") < 1);
+  }
+  rows.push_back(row);
+}
+
 void memoryRow(std::vector<Row> &rows, const Results &results) {
   const Measured *measured = find(results, "host/resident_memory");
   if (measured == nullptr) {
@@ -166,6 +200,7 @@ void printSummary(std::ostream &out, const Results &results,
   wakeUpRows(rows, results);
   lookUpRows(rows, results);
   loadRow(rows, results);
+  checkRow(rows, results);
   memoryRow(rows, results);
   size_t widths[5] = {};
   for (const Row &row : rows) {

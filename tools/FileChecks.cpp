@@ -10,12 +10,11 @@
 #include "ecu/Scenario.h"
 #include "platform/CodePage.h"
 
-#include <ace/Hash_Map_Manager_T.h>
-#include <ace/Null_Mutex.h>
-
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <map>
+#include <unordered_map>
 
 namespace {
 
@@ -100,8 +99,10 @@ private:
     std::string pattern;
     unsigned line;
   };
-  using Table = ACE_Hash_Map_Manager_Ex<ACE_WString, size_t, ScenarioKeyHash, ScenarioKeyMatch,
-                                        ACE_Null_Mutex>;
+  // Earlier patterns in text order, each with its place in entries_: the
+  // patterns a new one hides begin with its literal head, so they sit
+  // together from that head on.
+  using ByText = std::map<std::string, size_t>;
 
   void add(unsigned line, const std::string &message) {
     report_.findings.push_back({line, message});
@@ -152,15 +153,15 @@ private:
       add(line, head + " is not upper-case hex: it never matches a request");
   }
 
-  // The pattern goes into a request table built like the library's: its
-  // hash, its pattern rule, each new entry at the head of its bucket unless
-  // an entry of the bucket already matches it.
+  // The pattern goes into the library's own request table, which answers,
+  // as the library's parse asks it, which earlier entry already matches the
+  // pattern; an entry the pattern hides begins with the pattern's literal
+  // head, so only those are tested. Each pattern costs a look-up in the
+  // table and in the text order, plus the patterns sharing its head.
   void insert(const std::string &pattern, unsigned line) {
     const ACE_WString key = toWideString(pattern.c_str());
-    size_t index = entries_.size();
-    const int bound = table_.trybind(key, index);
-    if (bound == 1) {
-      const Entry &earlier = entries_[index];
+    if (const ResponseList *earlierList = table_.find(key)) {
+      const Entry &earlier = entries_[earlierList->line];
       if (earlier.pattern == pattern)
         add(line, "request " + quoted(pattern) + " is written twice (first at line " +
                       std::to_string(earlier.line) + "): only these answers are kept");
@@ -171,19 +172,37 @@ private:
                       quoted(earlier.pattern));
       return;
     }
-    if (bound != 0)
+    ResponseList *list = table_.add(key);
+    if (list == nullptr)
       return;
+    for (size_t hidden : hiddenBy(pattern, key)) {
+      const Entry &earlier = entries_[hidden];
+      add(line, "request " + quoted(pattern) + " hides the earlier, more specific " +
+                    quoted(earlier.pattern) + " (line " + std::to_string(earlier.line) +
+                    "): it answers that one's requests from now on");
+    }
+    list->line = static_cast<ACE_UINT32>(entries_.size());
+    byText_.emplace(pattern, entries_.size());
+    entries_.push_back({pattern, line});
+  }
+
+  // The earlier entries of the pattern's bucket that the pattern accepts as
+  // requests, in the order they were written.
+  std::vector<size_t> hiddenBy(const std::string &pattern, const ACE_WString &key) const {
+    const std::string head = pattern.substr(0, pattern.find_first_of("?*"));
     const ScenarioKeyHash hash;
     const ScenarioKeyMatch match;
-    const size_t buckets = table_.total_size();
-    for (const Entry &earlier : entries_) {
-      const ACE_WString earlierKey = toWideString(earlier.pattern.c_str());
-      if (hash(earlierKey) % buckets == hash(key) % buckets && match(key, earlierKey))
-        add(line, "request " + quoted(pattern) + " hides the earlier, more specific " +
-                      quoted(earlier.pattern) + " (line " + std::to_string(earlier.line) +
-                      "): it answers that one's requests from now on");
+    const size_t buckets = table_.bucketCount();
+    const size_t bucket = hash(key) % buckets;
+    std::vector<size_t> hidden;
+    for (auto it = byText_.lower_bound(head);
+         it != byText_.end() && it->first.compare(0, head.size(), head) == 0; ++it) {
+      const ACE_WString earlierKey = toWideString(it->first.c_str());
+      if (hash(earlierKey) % buckets == bucket && match(key, earlierKey))
+        hidden.push_back(it->second);
     }
-    entries_.push_back({pattern, line});
+    std::sort(hidden.begin(), hidden.end());
+    return hidden;
   }
 
   void checkDialogAnswer(const std::string &answer, unsigned line, size_t answers) {
@@ -244,13 +263,22 @@ private:
   const XmlSource &file_;
   const CheckOptions &options_;
   FileReport &report_;
-  Table table_;
+  RequestTable table_;
   const size_t libraryEntries_;
   std::vector<Entry> entries_;
+  ByText byText_;
+};
+
+// The usable ECUs read so far, by transmit identifier and by address, each
+// list in file order: an ECU meets the earlier ones it clashes with in one
+// look-up each, not by a walk over all of them.
+struct EcuOwners {
+  std::unordered_map<uint32_t, std::vector<size_t>> byIdTx;
+  std::unordered_map<unsigned, std::vector<size_t>> byAddress;
 };
 
 void checkEcu(const std::string &bench, const std::vector<BenchEcu> &ecus, size_t at,
-              FileReport &report) {
+              EcuOwners &owners, FileReport &report) {
   const BenchEcu &ecu = ecus[at];
   const auto add = [&](const std::string &message) {
     report.findings.push_back({ecu.line, message});
@@ -275,17 +303,29 @@ void checkEcu(const std::string &bench, const std::vector<BenchEcu> &ecus, size_
   if (!ecu.addressed)
     add("targetAddress " + quoted(ecu.targetAddress) +
         " is no one-byte hex address: cansimu leaves this ECU out of its association table");
-  for (size_t i = 0; i < at; ++i) {
-    const BenchEcu &earlier = ecus[i];
-    if (!earlier.usable())
-      continue;
-    const std::string where = "the ECU of line " + std::to_string(earlier.line);
-    if (earlier.idTxValue == ecu.idTxValue)
+  static const std::vector<size_t> none;
+  const auto sameTx = owners.byIdTx.find(ecu.idTxValue);
+  const std::vector<size_t> &txOwners = sameTx == owners.byIdTx.end() ? none : sameTx->second;
+  const auto sameAddress = owners.byAddress.find(ecu.address);
+  const std::vector<size_t> &addressOwners =
+      !ecu.addressed || sameAddress == owners.byAddress.end() ? none : sameAddress->second;
+  // In file order of the earlier ECUs, the identifier before the address.
+  for (size_t t = 0, a = 0; t < txOwners.size() || a < addressOwners.size();) {
+    const bool txFirst =
+        a == addressOwners.size() || (t < txOwners.size() && txOwners[t] <= addressOwners[a]);
+    const size_t i = txFirst ? txOwners[t++] : addressOwners[a++];
+    const std::string where = "the ECU of line " + std::to_string(ecus[i].line);
+    if (txFirst)
       add("idTx " + canIdText(ecu.idTxValue) + " already belongs to " + where +
           ": raw frames and one-to-one channels reach that one; only a broadcast reaches this one");
-    if (earlier.addressed && ecu.addressed && earlier.address == ecu.address)
+    else
       add("targetAddress " + hexByte(ecu.address) + " already belongs to " + where +
           ": one-to-one channels to it reach that one");
+  }
+  if (ecu.usable()) {
+    owners.byIdTx[ecu.idTxValue].push_back(at);
+    if (ecu.addressed)
+      owners.byAddress[ecu.address].push_back(at);
   }
   if (ecu.scenario.empty())
     return add("UCE without scenario: this ECU never answers");
@@ -387,8 +427,9 @@ void checkBench(const std::string &path, const XmlSource &file, FileReport &repo
   const std::vector<BenchEcu> ecus = readBenchEcus(file);
   if (ecus.empty())
     report.findings.push_back({0, "no UCE element: the bus has no ECU"});
+  EcuOwners owners;
   for (size_t i = 0; i < ecus.size(); ++i)
-    checkEcu(path, ecus, i, report);
+    checkEcu(path, ecus, i, owners, report);
   for (const TDomData &element : file.elements("DETBAUDRATE")) {
     const std::string text = XmlSource::content(element);
     if (!isDetectionOutcome(text))

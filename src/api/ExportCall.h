@@ -10,6 +10,8 @@
 #pragma once
 
 #include "cansimu/cansimu.h"
+#include "platform/AppendBuffer.h"
+#include "platform/FileWatch.h"
 
 #include <ace/Basic_Types.h>
 
@@ -31,6 +33,10 @@ class ExportCall {
 public:
   ExportCall(const char *exportName, CAN_STATUS nullCode)
       : name_(exportName), nullCode_(nullCode) {}
+  // The lines the call logged or traced reach their files as it ends.
+  ~ExportCall() { AppendBuffer::flushAll(); }
+  ExportCall(const ExportCall &) = delete;
+  ExportCall &operator=(const ExportCall &) = delete;
 
   // Null check with the family's code.
   ExportCall &require(const void *pointer) { return require(pointer, nullCode_); }
@@ -87,11 +93,13 @@ public:
   }
   // The same for exports that give no result.
   template <class Operation> static void guardedVoid(const char *name, Operation &&operation) {
+    FileWatch::CallScope scope;
     auto body = [&]() -> CAN_STATUS {
       operation();
       return E_SUCCESS;
     };
     guarded(name, body);
+    AppendBuffer::flushAll();
   }
 
 private:
@@ -101,6 +109,7 @@ private:
     status_ = status;
   }
 
+  FileWatch::CallScope scope_;
   const char *name_;
   CAN_STATUS nullCode_;
   bool answered_ = false;

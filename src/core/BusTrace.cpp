@@ -2,19 +2,27 @@
 
 #include "core/HexText.h"
 #include "core/LogMessage.h"
+#include "platform/AppendBuffer.h"
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
 
 #include <chrono>
 #include <cstdio>
 #include <mutex>
+#include <new>
 
 namespace {
 
 // Guards the file and the clock anchors; constant-initialised, so that the
 // load hook may use it whatever the order of static initialisation.
 std::mutex traceLock;
-std::FILE *traceFile = nullptr;
+// The file, behind a buffer written at the end of each host call; built in
+// place on first use and never destroyed, like the log file's.
+AppendBuffer &traceBuffer() {
+  alignas(AppendBuffer) static unsigned char storage[sizeof(AppendBuffer)];
+  static AppendBuffer *buffer = new (storage) AppendBuffer;
+  return *buffer;
+}
 // Made on first use: the load hook may run before this file's globals are.
 ACE_WString &tracePath() {
   static ACE_WString path;
@@ -60,9 +68,8 @@ bool BusTrace::open(const ACE_WString &path, const wchar_t *origin) {
   }
   {
     std::lock_guard<std::mutex> guard(traceLock);
-    if (traceFile != nullptr)
-      std::fclose(traceFile);
-    traceFile = file;
+    if (std::FILE *previous = traceBuffer().attach(file))
+      std::fclose(previous);
     tracePath() = path;
     anchorWallMicros = microsSinceEpoch();
     anchorSteady = std::chrono::steady_clock::now();
@@ -75,9 +82,8 @@ bool BusTrace::open(const ACE_WString &path, const wchar_t *origin) {
 void BusTrace::close() {
   std::lock_guard<std::mutex> guard(traceLock);
   active = false;
-  if (traceFile != nullptr)
-    std::fclose(traceFile);
-  traceFile = nullptr;
+  if (std::FILE *previous = traceBuffer().attach(nullptr))
+    std::fclose(previous);
 }
 
 void BusTrace::Batch::frame(ACE_UINT32 id, const unsigned char *bytes, size_t length) {
@@ -150,17 +156,19 @@ void BusTrace::Batch::write() {
   ACE_WString failedPath;
   {
     std::lock_guard<std::mutex> guard(traceLock);
-    if (traceFile == nullptr)
+    AppendBuffer &buffer = traceBuffer();
+    if (!buffer.takeFailure()) {
+      AppendBuffer::Batch batch(buffer);
+      if (batch.open())
+        batch.add(lines_.data(), lines_.size());
+      lines_.clear();
       return;
-    const bool written = std::fwrite(lines_.data(), 1, lines_.size(), traceFile) == lines_.size() &&
-                         std::fflush(traceFile) == 0;
-    lines_.clear();
-    if (written)
-      return;
+    }
     // A full disk or a vanished file: the lines before stay whole, and the
-    // trace stops rather than fail again at every frame.
-    std::fclose(traceFile);
-    traceFile = nullptr;
+    // trace stops rather than fail again at every call.
+    lines_.clear();
+    if (std::FILE *previous = buffer.attach(nullptr))
+      std::fclose(previous);
     active = false;
     failedPath = tracePath();
   }

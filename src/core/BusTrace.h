@@ -11,9 +11,10 @@
 // the ECU that answers. Times come from a monotonic clock anchored to the
 // wall clock when the file was opened.
 //
-// The frames of one exchange are collected in a Batch and written with one
-// buffered write, so lines from several host threads never mix. A file that
-// cannot be opened or written is logged once; the trace then stops.
+// The frames of one exchange are collected in a Batch and added whole to
+// the trace's buffer, which is written at the end of the host call, so
+// lines from several host threads never mix. A file that cannot be opened
+// or written is logged once; the trace then stops.
 #pragma once
 
 #include <ace/Basic_Types.h>

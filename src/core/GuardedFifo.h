@@ -9,6 +9,8 @@
 // the next read on an empty queue wakes at once and finds nothing (-1).
 #pragma once
 
+#include "platform/AppendBuffer.h"
+
 #include <ace/OS_NS_Thread.h>
 #include <ace/Recursive_Thread_Mutex.h>
 #include <ace/Time_Value.h>
@@ -83,6 +85,8 @@ public:
     const ACE_Time_Value relative(static_cast<time_t>(micros / 1000000u),
                                   static_cast<suseconds_t>(micros % 1000000u));
     ACE_Time_Value wait = relative;
+    // What the call logged reaches the log file before it waits.
+    AppendBuffer::flushAll();
     if (ACE_OS::event_timedwait(&signal_, &wait, 0 /* relative time */) != 0)
       return 1;
     QueueGuard guard(*this);

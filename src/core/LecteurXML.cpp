@@ -37,6 +37,19 @@ LecteurXML::LecteurXML(const ACE_WString &path)
 void LecteurXML::forgetPath() {
   filePath.clear();
   ansiPath.clear();
+  watch.stop();
+}
+
+void LecteurXML::watchFolder() {
+  if (watchTried)
+    return;
+  watchTried = true;
+  ACE_WString reason;
+  bool firstFallback = false;
+  if (!watch.start(filePath, ansiPath, reason, firstFallback) && firstFallback)
+    logMessage(ACE_WString(L"File change notification unavailable for <") + filePath +
+               ACE_WString(L"> (") + reason +
+               ACE_WString(L"): edits are found by reading file times at each use"));
 }
 
 bool LecteurXML::load() {
@@ -49,6 +62,11 @@ bool LecteurXML::load() {
   }
   clearContent();
   initContent();
+  // The watch is set, and what it holds taken, before the time is read: an
+  // edit that lands after this point is reported to the next check.
+  watchFolder();
+  if (watch.watching())
+    watch.mayHaveChanged();
   // A file that vanished between the two tests gets time 0, so that it is
   // read again as soon as it is back.
   if (!readModificationTime(ansiPath, fileTime))
@@ -60,6 +78,8 @@ bool LecteurXML::load() {
 
 bool LecteurXML::reloadIfChanged() {
   if (filePath.length() == 0)
+    return false;
+  if (watch.watching() && !watch.mayHaveChanged())
     return false;
   ACE_Time_Value current;
   // An unreadable time (file deleted or locked) counts as no change.

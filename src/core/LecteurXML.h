@@ -4,6 +4,8 @@
 // prepares and parses.
 #pragma once
 
+#include "platform/FileWatch.h"
+
 #include <ace/SString.h>
 #include <ace/Time_Value.h>
 
@@ -17,6 +19,8 @@ public:
 
   // Re-reads the file when its modification time is strictly later than the
   // one the last load recorded. False when nothing was (successfully) read.
+  // While the file's folder is watched, the time is read only when the watch
+  // reports a change that may concern the file.
   virtual bool reloadIfChanged();
 
   // Reads the file now. A file that exists in neither its wide nor its ANSI
@@ -33,6 +37,9 @@ protected:
 private:
   // Forgets the path for good.
   void forgetPath();
+  // At the first load: watches the file's folder, or says once in the log
+  // that edits are found by reading the file's time at each check.
+  void watchFolder();
 
   ACE_WString filePath;
   // filePath in the ANSI code page, converted once: its modification time is
@@ -40,4 +47,6 @@ private:
   ACE_CString ansiPath;
   ACE_Time_Value loadedTime;
   ACE_Time_Value fileTime;
+  FileWatch watch;
+  bool watchTried = false;
 };

@@ -3,6 +3,7 @@
 #include "core/HexText.h"
 #include "core/LogMessage.h"
 #include "device/SimuDevice.h"
+#include "platform/AppendBuffer.h"
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
 
@@ -122,6 +123,7 @@ CAN_STATUS SimuDevice::downloadFirmware(const char *path, DownloadResult *result
   for (ACE_UINT32 progress = kProgressStep; progress <= kProgressEnd; progress += kProgressStep) {
     if (!queueProgress(progress))
       return E_INVALID;
+    AppendBuffer::flushAll();
     ACE_OS::sleep(kProgressInterval);
     if (simulateUploadFailure && progress >= kFailurePoint)
       break;

@@ -2,6 +2,7 @@
 
 #include "core/LogMessage.h"
 #include "core/NumberText.h"
+#include "platform/AppendBuffer.h"
 #include "platform/CodePage.h"
 #include "platform/TDomData.h"
 
@@ -265,6 +266,7 @@ CAN_STATUS SimuDevice::hc16Reset() {
   if (value == nullptr)
     return E_INVALID;
   *value = kResetValue;
+  AppendBuffer::flushAll();
   ACE_OS::sleep(kResetDuration);
   return queueEvent(DEV_TYPE_RESET, value) ? E_SUCCESS : E_INVALID;
 }

@@ -1,6 +1,7 @@
 // The parts of the log file that do not depend on the platform.
 #include "platform/LogFile.h"
 
+#include "platform/AppendBuffer.h"
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
 
@@ -8,13 +9,19 @@
 #include <cerrno>
 #include <cstring>
 #include <mutex>
+#include <new>
 
 namespace {
-// Constant-initialised, so that they are ready before the library's load
-// hook runs whatever the order of static initialisation. The lock keeps
-// lines whole and the file open while one is written.
-std::mutex fileLock;
-std::atomic<std::FILE *> openFile{nullptr};
+// Built in place on first use and never destroyed: the load and unload
+// hooks use it whatever the order of static initialisation and destruction.
+// Once its file is closed it holds no memory.
+AppendBuffer &logBuffer() {
+  alignas(AppendBuffer) static unsigned char storage[sizeof(AppendBuffer)];
+  static AppendBuffer *buffer = new (storage) AppendBuffer;
+  return *buffer;
+}
+// Constant-initialised: guards the opening by the bench.
+std::mutex openLock;
 } // namespace
 
 void LogFile::openFromEnvironment() {
@@ -28,45 +35,42 @@ void LogFile::openFromEnvironment() {
                  path.c_str(), std::strerror(why));
     return;
   }
-  std::lock_guard<std::mutex> guard(fileLock);
-  if (std::FILE *previous = openFile.exchange(file))
+  std::lock_guard<std::mutex> guard(openLock);
+  if (std::FILE *previous = logBuffer().attach(file))
     std::fclose(previous);
 }
 
 void LogFile::openBenchFile(const ACE_WString &path) {
   static ACE_WString failedPath;
+  std::lock_guard<std::mutex> guard(openLock);
+  if (logBuffer().isOpen())
+    return;
   std::FILE *file = wideOpenFile(path.c_str(), "a");
-  {
-    std::lock_guard<std::mutex> guard(fileLock);
-    if (file != nullptr && openFile.load() == nullptr) {
-      openFile = file;
-      file = nullptr;
-    } else if (file == nullptr && failedPath != path) {
-      failedPath = path;
-      std::fprintf(stderr,
-                   "cansimu: cannot open the log file %s named by the bench's LOGFILE; "
-                   "log lines go to the system log only\n",
-                   toAnsi(path.c_str()).get());
-      return;
-    } else if (file == nullptr) {
-      return;
-    }
+  if (file != nullptr) {
+    logBuffer().attach(file);
+    return;
   }
-  if (file != nullptr)
-    std::fclose(file);
+  if (failedPath == path)
+    return;
+  failedPath = path;
+  std::fprintf(stderr,
+               "cansimu: cannot open the log file %s named by the bench's LOGFILE; "
+               "log lines go to the system log only\n",
+               toAnsi(path.c_str()).get());
 }
 
 void LogFile::close() {
-  std::lock_guard<std::mutex> guard(fileLock);
-  if (std::FILE *previous = openFile.exchange(nullptr))
+  std::lock_guard<std::mutex> guard(openLock);
+  if (std::FILE *previous = logBuffer().attach(nullptr))
     std::fclose(previous);
 }
 
-bool LogFile::isOpen() { return openFile.load() != nullptr; }
+bool LogFile::isOpen() { return logBuffer().isOpen(); }
 
 void LogFile::append(const ACE_WCHAR_T *source, const ACE_WCHAR_T *text) {
   // Without a file a line costs this one test.
-  if (openFile.load() == nullptr)
+  AppendBuffer &buffer = logBuffer();
+  if (!buffer.isOpen())
     return;
   const LocalTime now = localTimeNow();
   char stamp[40];
@@ -74,15 +78,13 @@ void LogFile::append(const ACE_WCHAR_T *source, const ACE_WCHAR_T *text) {
                 now.day, now.hour, now.minute, now.second, now.millisecond);
   const auto narrowSource = toAnsi(source);
   const auto narrowText = toAnsi(text);
-  std::lock_guard<std::mutex> guard(fileLock);
-  std::FILE *file = openFile.load();
-  if (file == nullptr)
+  // Whole lines into the buffer; the end of the host call writes them.
+  AppendBuffer::Batch line(buffer);
+  if (!line.open())
     return;
-  // Into the stream's buffer, then one write of the whole line.
-  std::fputs(stamp, file);
-  std::fputs(narrowSource.get(), file);
-  std::fputs(": ", file);
-  std::fputs(narrowText.get(), file);
-  std::fputc('\n', file);
-  std::fflush(file);
+  line.add(stamp);
+  line.add(narrowSource.get());
+  line.add(": ", 2);
+  line.add(narrowText.get());
+  line.add('\n');
 }

@@ -4,9 +4,10 @@
 //   2025-10-14 09:31:02.517 MERIDAX: The file <C:\bench\bench.xml> is unreachable
 //
 // with the local time to the millisecond, in the ANSI code page (UTF-8 on
-// POSIX). The file is opened once, at load, and closed at unload; each line
-// is one buffered append flushed at once, so a host that crashes loses no
-// line already logged. A file that cannot be opened (missing folder, no
+// POSIX). The file is opened once, at load, and closed at unload. Lines are
+// collected in memory and written with one system call at the end of each
+// host call (and before a call waits), so a host that crashes loses at most
+// the lines of the call it was in. A file that cannot be opened (missing folder, no
 // permission) is reported once on standard error and otherwise ignored.
 #pragma once
 

@@ -144,3 +144,30 @@ TEST(CliCheck, RandomScenarios_FindingsPredictTheLibrarysAnswers) {
     }
   }
 }
+
+// An ECU that shares its transmit identifier or its address with several
+// earlier ones is told about each of them, in file order, the identifier
+// before the address for one earlier ECU; an ECU left out (no idRx) owns
+// nothing.
+TEST(CliCheck, EcuClashes_NameEveryEarlierOwnerInFileOrder) {
+  TempDir dir;
+  const std::string path =
+      ConfigurationFile()
+          .section("<UCE scenario='' targetAddress='10' idRx='7E8' idTx='7E0'/>") // line 3
+          .section("<UCE scenario='' targetAddress='10' idRx='7E9' idTx='7E1'/>") // line 4
+          .section("<UCE scenario='' targetAddress='11' idTx='7E0'/>")            // line 5
+          .section("<UCE scenario='' targetAddress='12' idRx='7EA' idTx='7E0'/>") // line 6
+          .section("<UCE scenario='' targetAddress='10' idRx='7EB' idTx='7E0'/>") // line 7
+          .writeTo(dir.file("bench.xml"));
+  XmlSource file;
+  ASSERT_EQ(file.load(path), XmlSource::Outcome::Read);
+  FileReport report;
+  checkBench(path, file, report);
+  std::vector<std::string> clashes;
+  for (const Finding &finding : report.findings)
+    if (finding.line == 7 && finding.message.find("already belongs") != std::string::npos)
+      clashes.push_back(finding.message.substr(0, finding.message.find(' ')) + " " +
+                        std::to_string(namedLine(finding.message, "ECU of line ")));
+  EXPECT_EQ(clashes,
+            (std::vector<std::string>{"idTx 3", "targetAddress 3", "targetAddress 4", "idTx 6"}));
+}

@@ -5,17 +5,20 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <regex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
 
 using Init = CAN_STATUS(CANSIMU_CALL *)(const char *);
 using End = void(CANSIMU_CALL *)();
+using DriverRead = CAN_STATUS(CANSIMU_CALL *)(CAN_EventDrv **, uint32_t *, uint32_t);
 
 // The local time as the log's stamp starts, to the second.
 std::string localSecond() {
@@ -96,4 +99,45 @@ TEST(LogFile, CansimuLogGetsEveryLineWithItsLocalTimeAndAnUnopenableFileIsReport
   EXPECT_EQ(reported.find(unopenable, named + 1), std::string::npos) << "reported once";
   EXPECT_EQ(linesOf(logPath).size(), 3u);
   setEnvironment("CANSIMU_LOG", "");
+}
+
+// Lines are written in one go per call, yet a reader of the file sees them
+// as soon as the call that logged them returns, and the lines of a call
+// that then waits for an event before it returns.
+TEST(LogFile, LinesAreInTheFileWhenTheirCallReturnsAndBeforeItWaits) {
+  TempDir dir;
+  const std::string logPath = dir.file("cansimu.log");
+  const std::string bench = dir.file("bench.xml");
+  std::ofstream(bench) << "<BENCH><CAN_SERIALNUMBER>SIMU-1</CAN_SERIALNUMBER></BENCH>";
+  setEnvironment("CANSIMU_LOG", logPath);
+  {
+    LibraryLoader library(CANSIMU_LIBRARY_PATH);
+    ASSERT_TRUE(library.loaded()) << library.error();
+    setEnvironment("CANSIMU_LOG", "");
+    auto init = reinterpret_cast<Init>(library.symbol("CAN_DrvInit"));
+    auto end = reinterpret_cast<End>(library.symbol("CAN_DrvEnd"));
+    auto read = reinterpret_cast<DriverRead>(library.symbol("CAN_DrvRxMsg"));
+    ASSERT_EQ(init(dir.file("missing.xml").c_str()), E_SUCCESS);
+    ASSERT_EQ(linesOf(logPath).size(), 1u) << "the call's line, before the next call";
+    end();
+    ASSERT_EQ(init(bench.c_str()), E_SUCCESS);
+    // An edit the next read applies, with a line, before it waits.
+    std::ofstream(bench) << "<BENCH><CAN_SERIALNUMBER>SIMU-2</CAN_SERIALNUMBER></BENCH>";
+    setModificationTime(bench, 2000000000);
+    std::thread reader([&] {
+      CAN_EventDrv *event = nullptr;
+      uint32_t pending = 0;
+      EXPECT_EQ(read(&event, &pending, 1500), E_NO_EVENT);
+    });
+    bool seenWhileWaiting = false;
+    for (int look = 0; look < 100 && !seenWhileWaiting; ++look) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      const auto lines = linesOf(logPath);
+      seenWhileWaiting =
+          !lines.empty() && lines.back().find("re-read: applied") != std::string::npos;
+    }
+    reader.join();
+    EXPECT_TRUE(seenWhileWaiting) << "the re-read line reached the file during the wait";
+    end();
+  }
 }
