@@ -1,5 +1,6 @@
 #include "ecu/EntryArena.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <new>
@@ -7,6 +8,10 @@
 
 namespace {
 
+// Blocks start small, so that the many ECUs of a large bench whose
+// scenarios hold a few entries each reserve little, and double up to a
+// ceiling as a scenario grows.
+const size_t kFirstBlockSize = 4 * 1024;
 const size_t kBlockSize = 256 * 1024;
 const size_t kAlignment = alignof(std::max_align_t);
 
@@ -28,12 +33,14 @@ void *EntryArena::malloc(size_t nbytes) {
     return blocks_.back().get();
   }
   if (size > left_) {
-    std::unique_ptr<char[]> block(new (std::nothrow) char[kBlockSize]);
+    const size_t blockSize = std::max(size, blocks_.empty() ? kFirstBlockSize : nextBlockSize_);
+    std::unique_ptr<char[]> block(new (std::nothrow) char[blockSize]);
     if (!block)
       return nullptr;
     blocks_.push_back(std::move(block));
     next_ = blocks_.back().get();
-    left_ = kBlockSize;
+    left_ = blockSize;
+    nextBlockSize_ = std::min(kBlockSize, 2 * blockSize);
   }
   void *given = next_;
   next_ += size;
@@ -60,4 +67,5 @@ void EntryArena::release() {
   blocks_.clear();
   next_ = nullptr;
   left_ = 0;
+  nextBlockSize_ = 0;
 }

@@ -1,5 +1,6 @@
 // Allocator for the entries of a scenario's request table and their pattern
-// texts. It carves them one after another from large blocks, so a load of
+// texts. It carves them one after another from blocks that double in size
+// (4 KiB up to 256 KiB), so a load of
 // thousands of requests makes a few allocations instead of two per request,
 // and the entries lie close together in the order they were added. Single
 // frees do nothing: the table's memory is given back all at once by
@@ -32,4 +33,5 @@ private:
   std::vector<std::unique_ptr<char[]>> blocks_;
   char *next_ = nullptr;
   size_t left_ = 0;
+  size_t nextBlockSize_ = 0;
 };
