@@ -72,8 +72,11 @@ void AnswerScheduler::run() {
       continue;
     }
     const auto first = records.begin();
-    if (Clock::now() < first->first) {
-      wake.wait_until(guard, first->first);
+    // A copy: while the thread waits, cancel() may erase the record whose
+    // time this is.
+    const Clock::time_point due = first->first;
+    if (Clock::now() < due) {
+      wake.wait_until(guard, due);
       continue;
     }
     // Delivered under the lock, so that cancel() never races a push.
