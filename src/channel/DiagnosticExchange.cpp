@@ -303,7 +303,8 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
                  numberText(timing.finalDueMs()) + L" ms after " + numberText(timing.pending) +
                  L" response-pending answers");
     lastDueMs = std::max(lastDueMs, timing.finalDueMs());
-    const ACE_WString pending = responsePending(requestText);
+    // Built only for an answer that has response-pending answers before it.
+    const ACE_WString pending = timing.pending != 0 ? responsePending(requestText) : ACE_WString();
     ACE_UINT8 responder = 0;
     if (!port.addressByIdRx(ecu->idRx, responder)) {
       // Outside the association table the answer travels as a CAN frame.
