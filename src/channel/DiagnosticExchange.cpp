@@ -248,12 +248,6 @@ void traceRequest(BusTrace::Batch &batch, const CAN_DiagMsg *request,
 
 ACE_WString numberText(unsigned value) { return ACE_WString(std::to_wstring(value).c_str()); }
 
-// The answer "request received, response pending" to `request`.
-ACE_WString responsePending(const ACE_WString &request) {
-  return ACE_WString(L"7F") + (request.length() >= 2 ? request.substring(0, 2) : request) +
-         ACE_WString(L"78");
-}
-
 } // namespace
 
 CAN_STATUS SimuChannel::send(const CAN_DiagMsg &request) {
@@ -304,7 +298,8 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
                  L" response-pending answers");
     lastDueMs = std::max(lastDueMs, timing.finalDueMs());
     // Built only for an answer that has response-pending answers before it.
-    const ACE_WString pending = timing.pending != 0 ? responsePending(requestText) : ACE_WString();
+    const ACE_WString pending =
+        timing.pending != 0 ? negativeAnswerTo(requestText, kResponsePending) : ACE_WString();
     ACE_UINT8 responder = 0;
     if (!port.addressByIdRx(ecu->idRx, responder)) {
       // Outside the association table the answer travels as a CAN frame.

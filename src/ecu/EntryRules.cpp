@@ -94,6 +94,11 @@ ACE_WString byteText(unsigned char value) {
   return ACE_WString(text);
 }
 
+ACE_WString negativeAnswerTo(const ACE_WString &request, unsigned char code) {
+  return ACE_WString(L"7F") + (request.length() >= 2 ? request.substring(0, 2) : request) +
+         byteText(code);
+}
+
 std::shared_ptr<const EntryRules> EntryRules::read(const TDomData &event,
                                                    std::vector<StateProblem> &problems) {
   auto rules = std::make_shared<EntryRules>();

@@ -20,6 +20,9 @@ struct StateProblem {
 // When an answer becomes readable: `pending` response-pending answers
 // (7F SID 78), the first at once and the next ones `everyMs` apart, then the
 // final answer `delayMs` after the last pending slot.
+// The negative response code "request received, response pending".
+const unsigned char kResponsePending = 0x78;
+
 struct AnswerTiming {
   unsigned pending = 0;
   unsigned everyMs = 0;
@@ -58,3 +61,6 @@ bool readHexByteList(const ACE_WString &text, std::vector<unsigned char> &values
 bool readMilliseconds(const ACE_WString &text, unsigned &value);
 // Two upper-case hex digits.
 ACE_WString byteText(unsigned char value);
+// The negative answer `code` to `request`: "7F", the request's service, the
+// code (78: request received, response pending).
+ACE_WString negativeAnswerTo(const ACE_WString &request, unsigned char code);

@@ -130,8 +130,7 @@ ACE_INT32 Scenario::findResponse(const ACE_WString &request, ACE_WString &respon
   }
   // Only entries the state refused match: the ECU answers that it cannot
   // serve the request now.
-  response = ACE_WString(L"7F") + (request.length() >= 2 ? request.substring(0, 2) : request) +
-             byteText(filter.refusal.code);
+  response = negativeAnswerTo(request, filter.refusal.code);
   stateful.refused = true;
   stateful.refusal = filter.refusal.reason;
   stateful.state = state->describe();

@@ -37,12 +37,6 @@ struct FreeMemory {
   void operator()(void *memory) const { std::free(memory); }
 };
 
-// The answer "request received, response pending" to `request`.
-ACE_WString responsePending(const ACE_WString &request) {
-  return ACE_WString(L"7F") + (request.length() >= 2 ? request.substring(0, 2) : request) +
-         ACE_WString(L"78");
-}
-
 } // namespace
 
 CAN_STATUS SimuPort::sendTrame(const CAN_FramePort &frame) {
@@ -84,7 +78,7 @@ CAN_STATUS SimuPort::sendTrame(const CAN_FramePort &frame) {
     bool queued = true;
     // Response-pending answers first, each when its time comes.
     if (timing.pending != 0) {
-      const ACE_WString pending = responsePending(request);
+      const ACE_WString pending = negativeAnswerTo(request, kResponsePending);
       for (unsigned i = 0; i < timing.pending && queued; ++i) {
         logFrameLine(ecu->idRx, L"Response : ", pending);
         queued = enqueueResponseAfter(ecu->idRx, pending, timing.pendingDueMs(i), trace.get());
