@@ -53,6 +53,10 @@ int run(int argc, char **argv) {
     setEnvironment("CANSIMU_TRACE", std::filesystem::absolute(arguments.trace).string());
   if (!arguments.report.empty())
     setEnvironment("CANSIMU_REPORT", std::filesystem::absolute(arguments.report).string());
+  // The program reads the log and the trace right after each call, so the
+  // library writes them at the end of every call rather than every few
+  // milliseconds.
+  setEnvironment("CANSIMU_FLUSH", "call");
   try {
     checkArguments(command, arguments);
     return command.run(arguments);

@@ -13,7 +13,9 @@ failure, and leaves the working directory as it was.
 The library reads CANSIMU_LOG, CANSIMU_TRACE and CANSIMU_REPORT once, when
 it is loaded. A session that loads it sets them first: the log to a
 temporary file when none is named (each answer's source is read from it),
-the trace and the report when asked for.
+the trace and the report when asked for. CANSIMU_FLUSH=call is set before
+the driver starts, so that each call's log lines are in the file when it
+returns.
 """
 
 import atexit
@@ -188,6 +190,10 @@ class Session(_ClosedOnExit):
         self._start_folder = os.getcwd()
         try:
             os.chdir(self.folder)
+            # Each answer's source is read from the log right after its call:
+            # the library then writes the log as each call ends, not every
+            # few milliseconds.
+            os.environ.setdefault("CANSIMU_FLUSH", "call")
             lib.CAN_DrvInit(str(self.bench).encode())
             self._open = True
             self.device_name = self._list_device()

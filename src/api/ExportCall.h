@@ -34,7 +34,7 @@ public:
   ExportCall(const char *exportName, CAN_STATUS nullCode)
       : name_(exportName), nullCode_(nullCode) {}
   // The lines the call logged or traced reach their files as it ends.
-  ~ExportCall() { AppendBuffer::flushAll(); }
+  ~ExportCall() { AppendBuffer::callEnds(); }
   ExportCall(const ExportCall &) = delete;
   ExportCall &operator=(const ExportCall &) = delete;
 
@@ -99,7 +99,7 @@ public:
       return E_SUCCESS;
     };
     guarded(name, body);
-    AppendBuffer::flushAll();
+    AppendBuffer::callEnds();
   }
 
 private:

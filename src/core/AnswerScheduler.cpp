@@ -1,6 +1,7 @@
 #include "core/AnswerScheduler.h"
 
 #include "core/LogMessage.h"
+#include "platform/AppendBuffer.h"
 
 #include <new>
 #include <system_error>
@@ -83,5 +84,7 @@ void AnswerScheduler::run() {
     std::unique_ptr<Delayed> record = std::move(first->second);
     records.erase(first);
     record->deliver();
+    // Lines the answer logged, outside any host call.
+    AppendBuffer::callEnds();
   }
 }

@@ -86,7 +86,7 @@ public:
                                   static_cast<suseconds_t>(micros % 1000000u));
     ACE_Time_Value wait = relative;
     // What the call logged reaches the log file before it waits.
-    AppendBuffer::flushAll();
+    AppendBuffer::callEnds();
     if (ACE_OS::event_timedwait(&signal_, &wait, 0 /* relative time */) != 0)
       return 1;
     QueueGuard guard(*this);

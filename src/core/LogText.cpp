@@ -56,3 +56,28 @@ ACE_WString fittedLine(std::initializer_list<LinePiece> pieces, size_t capacity)
     throw std::bad_alloc();
   return line;
 }
+
+ACE_WString joinedLine(std::initializer_list<LinePiece> pieces) {
+  return fittedLine(pieces, static_cast<size_t>(-1));
+}
+
+NumberPiece NumberPiece::decimal(unsigned long value) {
+  NumberPiece number;
+  number.text[kSize - 1] = L'\0';
+  do {
+    number.text[--number.start] = static_cast<ACE_WCHAR_T>(L'0' + value % 10);
+    value /= 10;
+  } while (value != 0);
+  return number;
+}
+
+NumberPiece NumberPiece::hex(ACE_UINT32 value) {
+  static const wchar_t digits[] = L"0123456789abcdef";
+  NumberPiece number;
+  number.text[kSize - 1] = L'\0';
+  do {
+    number.text[--number.start] = digits[value & 0xFu];
+    value >>= 4;
+  } while (value != 0);
+  return number;
+}

@@ -18,6 +18,7 @@ ACE_WString fittedLine(const ACE_WString &line, size_t capacity);
 struct LinePiece {
   LinePiece(const ACE_WCHAR_T *literal);
   LinePiece(const ACE_WString &text) : text(text.fast_rep()), length(text.length()) {}
+  LinePiece(const ACE_WCHAR_T *text, size_t length) : text(text), length(length) {}
   const ACE_WCHAR_T *text;
   size_t length;
 };
@@ -25,3 +26,20 @@ struct LinePiece {
 // The pieces joined and fitted as above, in one allocation: lines written
 // for every request are not built up piece by piece.
 ACE_WString fittedLine(std::initializer_list<LinePiece> pieces, size_t capacity);
+
+// The pieces joined, whatever their length.
+ACE_WString joinedLine(std::initializer_list<LinePiece> pieces);
+
+// A number written out on the stack, to be a piece of a line: decimal, or
+// hex as identifierText writes it.
+class NumberPiece {
+public:
+  static NumberPiece decimal(unsigned long value);
+  static NumberPiece hex(ACE_UINT32 value);
+  operator LinePiece() const { return LinePiece(text + start, kSize - 1 - start); }
+
+private:
+  static const size_t kSize = 24;
+  ACE_WCHAR_T text[kSize];
+  size_t start = kSize - 1;
+};

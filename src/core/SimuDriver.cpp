@@ -4,6 +4,7 @@
 #include "core/BenchOutputs.h"
 #include "core/LogMessage.h"
 #include "device/SimuDevice.h"
+#include "platform/AppendBuffer.h"
 #include "platform/CodePage.h"
 #include "platform/TDomData.h"
 
@@ -25,6 +26,9 @@ SimuDriver::SimuDriver(const ACE_WString &path)
   // A driver whose queues could not be made for lack of memory is not made.
   if (!events.usable() || !device->events.usable() || !device->port->events.usable())
     throw std::bad_alloc();
+  // The log and the trace are written every few milliseconds while the
+  // driver lives, not at every call.
+  AppendBuffer::startWriter();
 }
 
 SimuDriver::~SimuDriver() {
@@ -49,6 +53,7 @@ void SimuDriver::end() {
   // The driver stops being the instance before its destruction starts, so
   // that nothing reached through the instance meets it half destroyed.
   delete theDriver.exchange(nullptr);
+  AppendBuffer::stopWriter();
   setConfigPath(ACE_WString());
 }
 

@@ -123,7 +123,7 @@ CAN_STATUS SimuDevice::downloadFirmware(const char *path, DownloadResult *result
   for (ACE_UINT32 progress = kProgressStep; progress <= kProgressEnd; progress += kProgressStep) {
     if (!queueProgress(progress))
       return E_INVALID;
-    AppendBuffer::flushAll();
+    AppendBuffer::callEnds();
     ACE_OS::sleep(kProgressInterval);
     if (simulateUploadFailure && progress >= kFailurePoint)
       break;

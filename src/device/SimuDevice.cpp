@@ -266,7 +266,7 @@ CAN_STATUS SimuDevice::hc16Reset() {
   if (value == nullptr)
     return E_INVALID;
   *value = kResetValue;
-  AppendBuffer::flushAll();
+  AppendBuffer::callEnds();
   ACE_OS::sleep(kResetDuration);
   return queueEvent(DEV_TYPE_RESET, value) ? E_SUCCESS : E_INVALID;
 }

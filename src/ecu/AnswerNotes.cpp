@@ -80,8 +80,16 @@ bool isNegative(const ACE_WString &response) {
 void noteAnswer(SimuECU &ecu, const ACE_WString &request, const AnswerOrigin &origin, bool answered,
                 const ACE_WString &response) {
   if (logIsRead()) {
-    logMessage(L"Answer source: " + ecuText(ecu) + L", request " + request + L": " +
-               reasonText(origin, answered));
+    // The line of every answer a scenario entry gave is joined in one go.
+    if (origin.kind == AnswerOrigin::Kind::Entry)
+      logMessage(joinedLine(
+          {L"Answer source: ECU ", NumberPiece::hex(ecu.idTx), L"/", NumberPiece::hex(ecu.idRx),
+           L", request ", request, L": entry <", origin.file, L">:",
+           NumberPiece::decimal(origin.hit.line), L" ", origin.hit.pattern, L", response ",
+           NumberPiece::decimal(origin.hit.index), L" of ", NumberPiece::decimal(origin.hit.count)}));
+    else
+      logMessage(L"Answer source: " + ecuText(ecu) + L", request " + request + L": " +
+                 reasonText(origin, answered));
     if (origin.stateful.stateful)
       logMessage(L"ECU state: " + ecuText(ecu) + L": " + origin.stateful.state);
   }

@@ -6,3 +6,11 @@
 
 void cansimuLibraryLoaded();
 void cansimuLibraryUnloading();
+
+// A thread the library starts keeps the library loaded while it runs: it
+// takes a hold when it is started and gives it back as its last act, so a
+// host that unloads the library without ending the driver never unmaps code
+// a thread still runs (the library then stays loaded until the process
+// ends). Null when no hold could be taken.
+void *holdLibrary();
+void releaseLibrary(void *hold);

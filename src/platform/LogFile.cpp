@@ -67,24 +67,68 @@ void LogFile::close() {
 
 bool LogFile::isOpen() { return logBuffer().isOpen(); }
 
+namespace {
+
+// "2025-10-14 09:31:02.517 ", written digit by digit.
+const std::size_t kStampLength = 24;
+void formatStamp(char *out, int year, int month, int day, int hour, int minute, int second,
+                 int millisecond) {
+  auto digits = [&out](int value, int count) {
+    for (int i = count - 1; i >= 0; --i) {
+      out[i] = static_cast<char>('0' + value % 10);
+      value /= 10;
+    }
+    out += count;
+  };
+  digits(year, 4);
+  *out++ = '-';
+  digits(month, 2);
+  *out++ = '-';
+  digits(day, 2);
+  *out++ = ' ';
+  digits(hour, 2);
+  *out++ = ':';
+  digits(minute, 2);
+  *out++ = ':';
+  digits(second, 2);
+  *out++ = '.';
+  digits(millisecond, 3);
+  *out = ' ';
+}
+
+// Text in the ANSI code page: ASCII as it is, anything else converted.
+void addNarrow(AppendBuffer::Batch &line, const ACE_WCHAR_T *text) {
+  std::size_t length = 0;
+  bool ascii = true;
+  for (; text[length] != 0; ++length)
+    ascii = ascii && static_cast<unsigned long>(text[length]) < 0x80;
+  if (ascii) {
+    line.addAscii(text, length);
+    return;
+  }
+  const auto narrow = toAnsi(text);
+  line.add(narrow.get());
+}
+
+} // namespace
+
 void LogFile::append(const ACE_WCHAR_T *source, const ACE_WCHAR_T *text) {
   // Without a file a line costs this one test.
   AppendBuffer &buffer = logBuffer();
   if (!buffer.isOpen())
     return;
   const LocalTime now = localTimeNow();
-  char stamp[40];
-  std::snprintf(stamp, sizeof stamp, "%04d-%02d-%02d %02d:%02d:%02d.%03d ", now.year, now.month,
-                now.day, now.hour, now.minute, now.second, now.millisecond);
-  const auto narrowSource = toAnsi(source);
-  const auto narrowText = toAnsi(text);
-  // Whole lines into the buffer; the end of the host call writes them.
+  char stamp[kStampLength];
+  formatStamp(stamp, now.year, now.month, now.day, now.hour, now.minute, now.second,
+              now.millisecond);
+  // Whole lines into the buffer; the writer (or the end of the host call)
+  // writes them.
   AppendBuffer::Batch line(buffer);
   if (!line.open())
     return;
-  line.add(stamp);
-  line.add(narrowSource.get());
+  line.add(stamp, kStampLength);
+  addNarrow(line, source);
   line.add(": ", 2);
-  line.add(narrowText.get());
+  addNarrow(line, text);
   line.add('\n');
 }

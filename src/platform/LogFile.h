@@ -5,9 +5,9 @@
 //
 // with the local time to the millisecond, in the ANSI code page (UTF-8 on
 // POSIX). The file is opened once, at load, and closed at unload. Lines are
-// collected in memory and written with one system call at the end of each
-// host call (and before a call waits), so a host that crashes loses at most
-// the lines of the call it was in. A file that cannot be opened (missing folder, no
+// collected in memory and written every few milliseconds while the driver
+// lives (see AppendBuffer), so a host that crashes loses at most the last
+// few milliseconds. A file that cannot be opened (missing folder, no
 // permission) is reported once on standard error and otherwise ignored.
 #pragma once
 

@@ -29,6 +29,8 @@ void TalvenLog_Static::logInformation_static(const ACE_WCHAR_T *source, const AC
     source = empty;
   writeToSystemLog(source, text);
   LogFile::append(source, text);
+  if (!observerInstalled.load())
+    return;
   std::lock_guard<std::recursive_mutex> guard(observerLock());
   if (observerSlot())
     observerSlot()(text);

@@ -101,27 +101,43 @@ TEST(LogFile, CansimuLogGetsEveryLineWithItsLocalTimeAndAnUnopenableFileIsReport
   setEnvironment("CANSIMU_LOG", "");
 }
 
-// Lines are written in one go per call, yet a reader of the file sees them
-// as soon as the call that logged them returns, and the lines of a call
-// that then waits for an event before it returns.
-TEST(LogFile, LinesAreInTheFileWhenTheirCallReturnsAndBeforeItWaits) {
-  TempDir dir;
-  const std::string logPath = dir.file("cansimu.log");
-  const std::string bench = dir.file("bench.xml");
-  std::ofstream(bench) << "<BENCH><CAN_SERIALNUMBER>SIMU-1</CAN_SERIALNUMBER></BENCH>";
-  setEnvironment("CANSIMU_LOG", logPath);
-  {
+// Lines cost no write of their own, yet a reader of the file sees them while
+// the driver lives without another call: every few milliseconds by the
+// library's writer, or as their call returns and before it waits when
+// CANSIMU_FLUSH is "call" (for readers that follow the file call by call).
+// Whatever is pending is in the file when CAN_DrvEnd returns.
+TEST(LogFile, LinesReachTheFileWithoutAnotherCallAndAllOfThemAtDriverEnd) {
+  struct Mode {
+    const char *flush;
+    bool atReturn; // each call's lines are in the file when it returns
+  };
+  for (const Mode mode : {Mode{"call", true}, Mode{"", false}}) {
+    SCOPED_TRACE(std::string("CANSIMU_FLUSH=") + mode.flush);
+    TempDir dir;
+    const std::string logPath = dir.file("cansimu.log");
+    const std::string bench = dir.file("bench.xml");
+    std::ofstream(bench) << "<BENCH><CAN_SERIALNUMBER>SIMU-1</CAN_SERIALNUMBER></BENCH>";
+    setEnvironment("CANSIMU_LOG", logPath);
+    setEnvironment("CANSIMU_FLUSH", mode.flush);
     LibraryLoader library(CANSIMU_LIBRARY_PATH);
     ASSERT_TRUE(library.loaded()) << library.error();
     setEnvironment("CANSIMU_LOG", "");
     auto init = reinterpret_cast<Init>(library.symbol("CAN_DrvInit"));
     auto end = reinterpret_cast<End>(library.symbol("CAN_DrvEnd"));
     auto read = reinterpret_cast<DriverRead>(library.symbol("CAN_DrvRxMsg"));
+    auto waitForLines = [&](size_t count) {
+      for (int look = 0; look < 500 && linesOf(logPath).size() < count; ++look)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      return linesOf(logPath).size();
+    };
     ASSERT_EQ(init(dir.file("missing.xml").c_str()), E_SUCCESS);
-    ASSERT_EQ(linesOf(logPath).size(), 1u) << "the call's line, before the next call";
+    if (mode.atReturn) {
+      EXPECT_EQ(linesOf(logPath).size(), 1u) << "the call's line, as it returns";
+    }
+    EXPECT_EQ(waitForLines(1), 1u) << "the call's line, with no other call";
     end();
     ASSERT_EQ(init(bench.c_str()), E_SUCCESS);
-    // An edit the next read applies, with a line, before it waits.
+    // An edit the next read applies, with a line, then waits.
     std::ofstream(bench) << "<BENCH><CAN_SERIALNUMBER>SIMU-2</CAN_SERIALNUMBER></BENCH>";
     setModificationTime(bench, 2000000000);
     std::thread reader([&] {
@@ -138,6 +154,13 @@ TEST(LogFile, LinesAreInTheFileWhenTheirCallReturnsAndBeforeItWaits) {
     }
     reader.join();
     EXPECT_TRUE(seenWhileWaiting) << "the re-read line reached the file during the wait";
+    // Lines logged just before the driver ends are written by its end.
     end();
+    ASSERT_EQ(init(dir.file("missing-too.xml").c_str()), E_SUCCESS);
+    end();
+    const auto lines = linesOf(logPath);
+    ASSERT_FALSE(lines.empty());
+    EXPECT_NE(lines.back().find("missing-too.xml"), std::string::npos) << lines.back();
   }
+  setEnvironment("CANSIMU_FLUSH", "");
 }

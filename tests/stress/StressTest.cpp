@@ -10,8 +10,10 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <mutex>
+#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -85,7 +87,8 @@ protected:
     for (const auto &id : ids)
       xml += "<UCE scenario='" + dir.file(std::string(id[0]) + ".xml") +
              "' targetAddress='1' idTx='" + id[1] + "' idRx='" + id[2] + "'/>";
-    return xml;
+    // Every thread logs and traces while the writer thread writes.
+    return xml + "<LOGFILE>stress.log</LOGFILE><TRACEFILE>stress-bus.log</TRACEFILE>";
   }
   // Each ECU answers with its own text, the same at every rewrite.
   void writeScenarios(long long time) {
@@ -266,4 +269,21 @@ TEST_F(Stress, EveryAnswerAndInjectedEventArrivesOnceWhileFilesChangeUnderTraffi
   EXPECT_EQ(chn[3].of("7E03"), kRequests) << "the late ECU on its own channel";
   EXPECT_EQ(bus.of("frame 7F2278"), kFrames) << "the late ECU's pending answers";
   EXPECT_EQ(bus.of("frame 62010D"), kFrames) << "and its answers";
+
+  // Lines from every thread reach the files whole, none lost at the end.
+  CAN_DrvEnd();
+  const std::regex logLine(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} MERIDAX: .*)");
+  const std::regex traceLine(R"(\(\d+\.\d{6}\) can0 [0-9A-F]{3}#[0-9A-F]*)");
+  int lateFrames = 0, lateAnswers = 0, traced = 0;
+  std::ifstream log(dir.file("stress.log")), trace(dir.file("stress-bus.log"));
+  for (std::string line; std::getline(log, line);) {
+    ASSERT_TRUE(std::regex_match(line, logLine)) << line;
+    lateFrames += line.find("[7eb]  Response : 62010D") != std::string::npos ? 1 : 0;
+    lateAnswers += line.find("Response [7E03]") != std::string::npos ? 1 : 0;
+  }
+  for (std::string line; std::getline(trace, line); ++traced)
+    ASSERT_TRUE(std::regex_match(line, traceLine)) << line;
+  EXPECT_EQ(lateFrames, kFrames);
+  EXPECT_EQ(lateAnswers, kRequests * 2) << "broadcast and one-to-one";
+  EXPECT_GT(traced, kFrames * 2);
 }

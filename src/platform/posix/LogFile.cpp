@@ -16,8 +16,14 @@ std::FILE *LogFile::openNamedFile(std::string &path) {
 LogFile::LocalTime LogFile::localTimeNow() {
   struct timespec now;
   ::clock_gettime(CLOCK_REALTIME, &now);
-  struct tm local;
-  ::localtime_r(&now.tv_sec, &local);
+  // The zone's rules are applied once per second and thread: a line costs
+  // a clock read. Offsets change on whole seconds, so the cache is exact.
+  thread_local time_t cachedSecond = -1;
+  thread_local struct tm local;
+  if (now.tv_sec != cachedSecond) {
+    ::localtime_r(&now.tv_sec, &local);
+    cachedSecond = now.tv_sec;
+  }
   return LocalTime{local.tm_year + 1900,
                    local.tm_mon + 1,
                    local.tm_mday,
