@@ -115,6 +115,7 @@ CAN_STATUS Bus::loadAssocTable() {
                                 entries.empty() ? &none : entries.data()};
   AssocResult result{};
   const CAN_STATUS status = session_.api().PrtLoadAssocTable(port_, &assoc, &result);
+  assocLoaded_ = assocLoaded_ || status == E_SUCCESS;
   step("CAN_PrtLoadAssocTable(" + std::to_string(entries.size()) + " ECUs)", status,
        status == E_SUCCESS ? "built from the bench"
                            : "error code " + std::to_string(result.errorCode));
@@ -165,7 +166,7 @@ CAN_STATUS Bus::createChannel(const BenchEcu *ecu, const Bytes &startFrame) {
        created == E_CHANNEL_REFUSED ? "a broadcast channel must be the port's first" : "");
   if (created != E_SUCCESS)
     return created;
-  channels_.push_back({handle, ecu == nullptr});
+  channels_.push_back({handle, ecu == nullptr, false});
 
   // The start frame's bytes need a valid pointer even when there are none.
   Bytes frame = startFrame;
@@ -185,12 +186,20 @@ CAN_STATUS Bus::createChannel(const BenchEcu *ecu, const Bytes &startFrame) {
     note = "broadcast to every free ECU";
   }
   step(call, configured, configured == E_SUCCESS ? note : "no ECU found for it");
+  if (configured != E_SUCCESS) {
+    const CAN_STATUS freed = api.ChnFree(handle);
+    step("CAN_ChnFree()", freed, freed == E_SUCCESS ? "channel freed" : "");
+    if (freed == E_SUCCESS)
+      channels_.pop_back();
+  }
   return configured;
 }
 
 CAN_STATUS Bus::openSession() {
   const CAN_STATUS status = session_.api().ChnOpenSession(channel());
   const char *opened = broadcast() ? "start frame sent" : "session open";
+  if (status == E_SUCCESS)
+    channels_.back().open = true;
   step("CAN_ChnOpenSession()", status,
        status == E_SUCCESS ? opened : "not configured, or the ECU refuses the dialog");
   return status;
@@ -199,6 +208,8 @@ CAN_STATUS Bus::openSession() {
 CAN_STATUS Bus::closeSession() {
   const CAN_STATUS status = session_.api().ChnCloseSession(channel());
   step("CAN_ChnCloseSession()", status, status == E_SUCCESS ? "session closed" : "no session open");
+  if (status == E_SUCCESS)
+    channels_.back().open = false;
   return status;
 }
 

@@ -45,6 +45,10 @@ public:
   // The current channel is a broadcast one (its session's opening sends the
   // start frame, whose answers are then queued).
   bool broadcast() const { return !channels_.empty() && channels_.back().broadcast; }
+  // What the session has set up, as far as its own calls tell: an
+  // association table loaded, the current channel's session opened.
+  bool assocLoaded() const { return assocLoaded_; }
+  bool sessionOpen() const { return !channels_.empty() && channels_.back().open; }
 
   CAN_STATUS reservePort();
   CAN_STATUS freePort();
@@ -58,7 +62,8 @@ public:
 
   // CAN_ChnCreate and CAN_ChnConfig: a one-to-one channel to `ecu`, or a
   // broadcast channel (null) that sends `startFrame` when its session opens.
-  // The new channel becomes the current one.
+  // The new channel becomes the current one; one whose configuration fails
+  // is freed again, so that no half-made channel stays on the port.
   CAN_STATUS createChannel(const BenchEcu *ecu, const Bytes &startFrame = Bytes());
   // The calls on the current channel.
   CAN_STATUS openSession();
@@ -96,8 +101,10 @@ private:
   struct Channel {
     CAN_CHN_HANDLE handle;
     bool broadcast;
+    bool open;
   };
   std::vector<Channel> channels_;
+  bool assocLoaded_ = false;
 };
 
 // The ECUs of the bench at `configuration`, read as cansimu reads them.

@@ -5,6 +5,7 @@
 #include "LibraryLookup.h"
 #include "Paths.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <random>
@@ -72,4 +73,25 @@ std::vector<std::string> writeEmbeddedBench(const std::string &folder) {
     written.push_back(embedded.name);
   }
   return written;
+}
+
+std::vector<std::string> differingBenchFiles(const std::string &folder) {
+  std::vector<std::string> differing;
+  for (size_t i = 0; i < kEmbeddedExampleCount; ++i) {
+    const EmbeddedFile &embedded = kEmbeddedExamples[i];
+    const std::string path = folder + "/" + embedded.name;
+    std::error_code error;
+    if (!fs::exists(path, error))
+      continue;
+    std::vector<unsigned char> held(embedded.size + 1);
+    FILE *in = std::fopen(path.c_str(), "rb");
+    // One byte more than the example's size tells a longer file apart.
+    const size_t read = in != nullptr ? std::fread(held.data(), 1, held.size(), in) : 0;
+    if (in != nullptr)
+      std::fclose(in);
+    if (in == nullptr || read != embedded.size ||
+        !std::equal(held.begin(), held.begin() + embedded.size, embedded.data))
+      differing.push_back(embedded.name);
+  }
+  return differing;
 }

@@ -28,3 +28,6 @@ private:
 // Writes the embedded bench into `folder` (created if needed) and returns
 // the names of the files written. Throws SetupError.
 std::vector<std::string> writeEmbeddedBench(const std::string &folder);
+// The files of the embedded bench that `folder` already holds with another
+// content (a tester's edits, or another bench): a write would replace them.
+std::vector<std::string> differingBenchFiles(const std::string &folder);

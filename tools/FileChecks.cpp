@@ -11,7 +11,10 @@
 #include "platform/CodePage.h"
 
 #include <algorithm>
+#include <cctype>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <unordered_map>
@@ -147,6 +150,9 @@ private:
     else if (pattern.find_first_of("?*") < 2)
       add(line, head + " has a wildcard in its first two characters: it never matches (they "
                        "choose the bucket and are compared as written)");
+    if (pattern.size() % 2 != 0 && pattern.find('*') == std::string::npos)
+      add(line, head + " has an odd number of characters: no request is half a byte, so it "
+                       "matches every request that begins with it");
     if (pattern.find_first_of("abcdef") != std::string::npos)
       add(line, head + " has lower-case hex digits: it never matches (requests are upper-case)");
     else if (pattern.find_first_not_of("0123456789ABCDEF?*") != std::string::npos)
@@ -216,6 +222,10 @@ private:
 
   void checkAnswer(const std::string &answer, unsigned line) {
     const std::string shown = quoted(answer);
+    if (answer.empty())
+      return add(line, std::string("empty answer: the host gets ") +
+                           (options_.framePath ? "a frame" : "a CHN_TYPE_RCV_SUCCESS") +
+                           " without a byte");
     if (answer.find(',') == std::string::npos) {
       uint32_t type = 0;
       if (channelEventType(answer, type))
@@ -274,8 +284,40 @@ private:
 // look-up each, not by a walk over all of them.
 struct EcuOwners {
   std::unordered_map<uint32_t, std::vector<size_t>> byIdTx;
+  std::unordered_map<uint32_t, std::vector<size_t>> byIdRx;
   std::unordered_map<unsigned, std::vector<size_t>> byAddress;
 };
+
+// The first earlier ECU of `owners` on `id`; null when there is none.
+const size_t *firstOwner(const std::unordered_map<uint32_t, std::vector<size_t>> &owners,
+                         uint32_t id) {
+  const auto found = owners.find(id);
+  return found == owners.end() || found->second.empty() ? nullptr : &found->second.front();
+}
+
+// Identifiers that the ECU shares with itself or with an earlier ECU in
+// another role: the host cannot tell an answer from a request, or one ECU's
+// answers from another's.
+void checkIdentifierRoles(const std::vector<BenchEcu> &ecus, const BenchEcu &ecu,
+                          const EcuOwners &owners, FileReport &report) {
+  const auto add = [&](const std::string &message) {
+    report.findings.push_back({ecu.line, message});
+  };
+  const auto where = [&](size_t i) { return "the ECU of line " + std::to_string(ecus[i].line); };
+  const std::string rx = canIdText(ecu.idRxValue);
+  if (ecu.idRxValue == ecu.idTxValue)
+    add("idRx and idTx are both " + rx +
+        ": the ECU answers on the identifier it listens to, so its answers look like requests");
+  if (const size_t *other = firstOwner(owners.byIdRx, ecu.idRxValue))
+    add("idRx " + rx + " already belongs to " + where(*other) +
+        ": the host cannot tell their answers apart");
+  if (const size_t *other = firstOwner(owners.byIdTx, ecu.idRxValue))
+    add("idRx " + rx + " is the idTx of " + where(*other) +
+        ": this ECU's answers look like requests to that one");
+  if (const size_t *other = firstOwner(owners.byIdRx, ecu.idTxValue))
+    add("idTx " + canIdText(ecu.idTxValue) + " is the idRx of " + where(*other) +
+        ": that ECU's answers look like requests to this one");
+}
 
 void checkEcu(const std::string &bench, const std::vector<BenchEcu> &ecus, size_t at,
               EcuOwners &owners, FileReport &report) {
@@ -323,7 +365,9 @@ void checkEcu(const std::string &bench, const std::vector<BenchEcu> &ecus, size_
           ": one-to-one channels to it reach that one");
   }
   if (ecu.usable()) {
+    checkIdentifierRoles(ecus, ecu, owners, report);
     owners.byIdTx[ecu.idTxValue].push_back(at);
+    owners.byIdRx[ecu.idRxValue].push_back(at);
     if (ecu.addressed)
       owners.byAddress[ecu.address].push_back(at);
   }
@@ -423,7 +467,147 @@ void checkOutputs(const std::string &path, const XmlSource &file, FileReport &re
 }
 } // namespace
 
+namespace {
+// Every element name the library or cansimu reads, in benches and in
+// scenarios (a file may be both).
+const char *const kKnownTags[] = {"MODECONSOLE",
+                                  "CAN_DEVICESTATE",
+                                  "DEVICESTATE",
+                                  "CAN_SERIALNUMBER",
+                                  "CAN_FIRMWAREVERSION",
+                                  "VOLTAGES",
+                                  "DEVICES",
+                                  "DETBAUDRATE",
+                                  "CANMESPHYS",
+                                  "NEGATIVE_RESPONSE",
+                                  "UCE",
+                                  "INJECT",
+                                  "LOGFILE",
+                                  "TRACEFILE",
+                                  "REPORTFILE",
+                                  "EVENEMENT",
+                                  "REQUETE",
+                                  "REPONSE",
+                                  "TRAME",
+                                  "STATE",
+                                  "SECURITY",
+                                  "DID"};
+
+// Edits (one character inserted, removed or replaced) from one name to the
+// other, letters compared without case.
+size_t editDistance(const std::string &a, const std::string &b) {
+  std::vector<size_t> row(b.size() + 1);
+  for (size_t j = 0; j <= b.size(); ++j)
+    row[j] = j;
+  for (size_t i = 1; i <= a.size(); ++i) {
+    size_t diagonal = row[0];
+    row[0] = i;
+    for (size_t j = 1; j <= b.size(); ++j) {
+      const size_t above = row[j];
+      const bool same = std::toupper(static_cast<unsigned char>(a[i - 1])) ==
+                        std::toupper(static_cast<unsigned char>(b[j - 1]));
+      row[j] = std::min({above + 1, row[j - 1] + 1, diagonal + (same ? 0 : 1)});
+      diagonal = above;
+    }
+  }
+  return row[b.size()];
+}
+
+// The known name an unknown one is a slip of: one edit away (two for names
+// longer than five characters), or the same but for case; null otherwise.
+// Other unknown names are taken for the tester's own grouping (PORT).
+const char *misspeltTag(const std::string &name) {
+  for (const char *known : kKnownTags)
+    if (name == known)
+      return nullptr;
+  const char *closest = nullptr;
+  size_t best = name.size() > 5 ? 3 : 2;
+  for (const char *known : kKnownTags) {
+    const size_t distance = editDistance(name, known);
+    if (distance < best) {
+      best = distance;
+      closest = known;
+    }
+  }
+  return closest;
+}
+
+void checkElementNames(const XmlSource &file, FileReport &report) {
+  for (const XmlSource::Tag &tag : file.tags())
+    if (const char *known = misspeltTag(tag.name))
+      report.findings.push_back({tag.line, "element " + tag.name + " is read by nothing: " + known +
+                                               " misspelt? (names are case-sensitive)"});
+}
+
+// The versions CAN_DevGetVersion and CAN_DevGetConfig report.
+void checkFirmwareVersions(const XmlSource &file, FileReport &report) {
+  const std::vector<TDomData> versions = file.elements("CAN_FIRMWAREVERSION");
+  if (versions.empty())
+    return report.findings.push_back(
+        {0, "no CAN_FIRMWAREVERSION element: the box reports empty firmware versions"});
+  std::string missing;
+  for (const char *name :
+       {"BootVersion", "BootDate", "BootCheckSum", "AppVersion", "AppDate", "AppCheckSum"})
+    if (XmlSource::attribute(versions[0], name).empty())
+      missing += std::string(missing.empty() ? "" : ", ") + name;
+  if (!missing.empty())
+    report.findings.push_back({file.line(versions[0]), "CAN_FIRMWAREVERSION without " + missing +
+                                                           ": the box reports them empty"});
+}
+
+// Voltages as the library reads them (strtod, narrowed to a float): text
+// without a number gives 0, and a value beyond a float none at all.
+void checkVoltages(const XmlSource &file, FileReport &report) {
+  const struct {
+    const char *element;
+    std::vector<const char *> attributes;
+  } readers[] = {{"VOLTAGES", {"VBatt", "APCKelmora", "APCDravik"}},
+                 {"CANMESPHYS", {"CanHmin", "CanHmax", "CanLmin", "CanLmax"}}};
+  for (const auto &reader : readers) {
+    const std::vector<TDomData> found = file.elements(reader.element);
+    if (found.empty())
+      continue;
+    for (const char *name : reader.attributes) {
+      const std::string text = XmlSource::attribute(found[0], name);
+      if (text.empty())
+        continue;
+      char *end = nullptr;
+      const float value = static_cast<float>(std::strtod(text.c_str(), &end));
+      const std::string head = std::string(reader.element) + " " + name + " " + quoted(text);
+      if (end == text.c_str())
+        report.findings.push_back(
+            {file.line(found[0]), head + " is not a number: the library reads 0"});
+      else if (!std::isfinite(value))
+        report.findings.push_back(
+            {file.line(found[0]), head + " is no voltage a float holds: the box reports " +
+                                      (std::isnan(value) ? "nan" : "inf")});
+    }
+  }
+}
+
+// The code that completes a negative response: 7F, the service, the code.
+void checkNegativeCode(const XmlSource &file, FileReport &report) {
+  const std::vector<TDomData> negative = file.elements("NEGATIVE_RESPONSE");
+  if (negative.empty())
+    return;
+  const std::string code = XmlSource::content(negative[0]);
+  const unsigned line = file.line(negative[0]);
+  if (code.empty() || !isFrameText(code))
+    report.findings.push_back({line, "NEGATIVE_RESPONSE " + quoted(code) +
+                                         " is not upper-case hex: negative responses end in "
+                                         "meaningless bytes"});
+  else if (code.size() > 2)
+    report.findings.push_back(
+        {line, "NEGATIVE_RESPONSE " + quoted(code) + " is " + std::to_string(code.size() / 2) +
+                   " bytes: a negative response carries one code byte, the host gets 7F, the "
+                   "service and all of them"});
+}
+} // namespace
+
 void checkBench(const std::string &path, const XmlSource &file, FileReport &report) {
+  checkElementNames(file, report);
+  checkFirmwareVersions(file, report);
+  checkVoltages(file, report);
   const std::vector<BenchEcu> ecus = readBenchEcus(file);
   if (ecus.empty())
     report.findings.push_back({0, "no UCE element: the bus has no ECU"});
@@ -441,15 +625,7 @@ void checkBench(const std::string &path, const XmlSource &file, FileReport &repo
   }
   checkInjections(file, report);
   checkOutputs(path, file, report);
-  const std::vector<TDomData> negative = file.elements("NEGATIVE_RESPONSE");
-  if (!negative.empty()) {
-    const std::string code = XmlSource::content(negative[0]);
-    if (code.empty() || !isFrameText(code))
-      report.findings.push_back(
-          {file.line(negative[0]), "NEGATIVE_RESPONSE " + quoted(code) +
-                                       " is not upper-case hex: negative responses end in "
-                                       "meaningless bytes"});
-  }
+  checkNegativeCode(file, report);
 }
 
 void checkScenario(const std::string &path, const XmlSource &file, const CheckOptions &options,

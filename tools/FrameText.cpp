@@ -2,6 +2,7 @@
 
 #include "DiagnosticNames.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -85,6 +86,19 @@ bool parseHexBytes(const std::string &text, Bytes &bytes, std::string &why) {
   }
   bytes.swap(read);
   return true;
+}
+
+std::vector<std::string> requestTexts(const std::vector<std::string> &words) {
+  const bool spacedBytes =
+      words.size() > 1 && std::all_of(words.begin(), words.end(), [](const std::string &word) {
+        return word.size() == 2 && hexValue(word[0]) >= 0 && hexValue(word[1]) >= 0;
+      });
+  if (!spacedBytes)
+    return words;
+  std::string joined;
+  for (const std::string &word : words)
+    joined += word;
+  return {joined};
 }
 
 std::string spacedHex(const uint8_t *bytes, size_t count) {

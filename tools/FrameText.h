@@ -17,6 +17,10 @@ constexpr size_t kMaxRequestBytes = 4095;
 // or one longer than kMaxRequestBytes.
 bool parseHexBytes(const std::string &text, Bytes &bytes, std::string &why);
 
+// The requests a list of words asks for: each word one request, except that
+// words of one byte each ("22 F1 90", as requests are shown) make one.
+std::vector<std::string> requestTexts(const std::vector<std::string> &words);
+
 // "0x1F"
 std::string hexByte(uint8_t byte);
 // A CAN identifier as benches write it: "7E8".

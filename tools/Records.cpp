@@ -3,14 +3,30 @@
 #include "FrameText.h"
 #include "StatusNames.h"
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 
 namespace {
 
+// A bench may give a value beyond a float (1e39) or "nan": no voltage.
 std::string volts(float value) {
+  if (std::isnan(value))
+    return "no voltage (nan)";
+  if (std::isinf(value))
+    return value > 0 ? "no voltage (inf)" : "no voltage (-inf)";
   char text[32];
   std::snprintf(text, sizeof text, "%.2f V", static_cast<double>(value));
+  return text;
+}
+
+// "2.45-3.55 V"
+std::string voltRange(float low, float high) {
+  if (!std::isfinite(low) || !std::isfinite(high))
+    return volts(low) + " to " + volts(high);
+  char text[48];
+  std::snprintf(text, sizeof text, "%.2f-%.2f V", static_cast<double>(low),
+                static_cast<double>(high));
   return text;
 }
 
@@ -112,12 +128,9 @@ std::string describeDeviceEvent(const CAN_EventDev &event) {
 }
 
 std::string describeMeasures(const CAN_MesPhysPort &values) {
-  char text[96];
-  std::snprintf(text, sizeof text, "battery %.2f V, CAN high %.2f-%.2f V, low %.2f-%.2f V",
-                static_cast<double>(values.batteryVoltage), static_cast<double>(values.canHmin),
-                static_cast<double>(values.canHmax), static_cast<double>(values.canLmin),
-                static_cast<double>(values.canLmax));
-  return text;
+  return "battery " + volts(values.batteryVoltage) + ", CAN high " +
+         voltRange(values.canHmin, values.canHmax) + ", low " +
+         voltRange(values.canLmin, values.canLmax);
 }
 
 EventText describePortEvent(const CAN_EventPort &event, size_t width) {

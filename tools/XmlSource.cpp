@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <pugixml.hpp>
 
 namespace {
 // The offset of every line's first character in the file.
@@ -25,6 +26,7 @@ bool readLineStarts(const std::string &path, std::vector<long> &starts) {
 XmlSource::Outcome XmlSource::load(const std::string &path) {
   if (!fileReadable(path) || !readLineStarts(path, lineStarts_))
     return Outcome::Unreadable;
+  path_ = path;
   problem_ = TDomData::LoadProblem();
   return document_.load(toWideString(path.c_str()), &problem_, nullptr) ? Outcome::Read
                                                                         : Outcome::NotXml;
@@ -48,10 +50,32 @@ std::string XmlSource::content(const TDomData &element) {
   return toAnsiString(text).c_str();
 }
 
-unsigned XmlSource::line(const TDomData &element) const {
-  const long offset = element.sourceOffset();
+unsigned XmlSource::line(const TDomData &element) const { return lineOf(element.sourceOffset()); }
+
+unsigned XmlSource::lineOf(long offset) const {
   if (offset < 0 || lineStarts_.empty())
     return 0;
   return static_cast<unsigned>(std::upper_bound(lineStarts_.begin(), lineStarts_.end(), offset) -
                                lineStarts_.begin());
+}
+
+std::vector<XmlSource::Tag> XmlSource::tags() const {
+  // The DOM reader finds elements by name only: the file is parsed again,
+  // by the same parser, to list every name it holds.
+  pugi::xml_document document;
+  std::vector<Tag> found;
+  if (!document.load_file(path_.c_str()))
+    return found;
+  struct Walker : pugi::xml_tree_walker {
+    Walker(const XmlSource &source, std::vector<Tag> &found) : source_(source), found_(found) {}
+    bool for_each(pugi::xml_node &node) override {
+      if (node.type() == pugi::node_element)
+        found_.push_back({node.name(), source_.lineOf(node.offset_debug())});
+      return true;
+    }
+    const XmlSource &source_;
+    std::vector<Tag> &found_;
+  } walker(*this, found);
+  document.traverse(walker);
+  return found;
 }

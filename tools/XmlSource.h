@@ -27,7 +27,17 @@ public:
   // The line an element starts on, from 1; 0 when unknown.
   unsigned line(const TDomData &element) const;
 
+  struct Tag {
+    std::string name;
+    unsigned line;
+  };
+  // Every element of the file, in document order, by tag name and line.
+  std::vector<Tag> tags() const;
+
 private:
+  unsigned lineOf(long offset) const;
+
+  std::string path_;
   TDomData document_;
   std::vector<long> lineStarts_;
   TDomData::LoadProblem problem_;

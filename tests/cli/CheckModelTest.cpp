@@ -171,3 +171,24 @@ TEST(CliCheck, EcuClashes_NameEveryEarlierOwnerInFileOrder) {
   EXPECT_EQ(clashes,
             (std::vector<std::string>{"idTx 3", "targetAddress 3", "targetAddress 4", "idTx 6"}));
 }
+
+// A name one slip from a name the library reads is reported; a tester's own
+// grouping elements, further away, are not.
+TEST(CliCheck, ElementNames_OnlyASlipOfAReadNameIsReported) {
+  TempDir dir;
+  const std::string path = ConfigurationFile()
+                               .section("<PORT/><ECU/><SCENARIOS/><DEVICE/><UCEE/><Uce/>")
+                               .section("<CAN_SERIALNUMBR>A</CAN_SERIALNUMBR>")
+                               .section("<can_serialnumber>A</can_serialnumber>")
+                               .writeTo(dir.file("bench.xml"));
+  XmlSource file;
+  ASSERT_EQ(file.load(path), XmlSource::Outcome::Read);
+  FileReport report;
+  checkBench(path, file, report);
+  std::vector<std::string> slips;
+  for (const Finding &finding : report.findings)
+    if (finding.message.compare(0, 8, "element ") == 0)
+      slips.push_back(finding.message.substr(8, finding.message.find(' ', 8) - 8));
+  EXPECT_EQ(slips, (std::vector<std::string>{"DEVICE", "UCEE", "Uce", "CAN_SERIALNUMBR",
+                                             "can_serialnumber"}));
+}

@@ -158,6 +158,22 @@ TEST(CliFrames, ParseHexBytes_TakesWholeBytesOfEitherCaseUpTo4095) {
   }
 }
 
+// Bytes typed apart as requests are shown make one request; any word longer
+// than a byte (or one alone) keeps each word a request of its own.
+TEST(CliFrames, RequestTexts_JoinWordsOfOneByteEachOnly) {
+  using Words = std::vector<std::string>;
+  const std::pair<Words, Words> cases[] = {{{"22", "F1", "90"}, {"22F190"}},
+                                           {{"10", "03"}, {"1003"}},
+                                           {{"22", "f1", "9a"}, {"22f19a"}},
+                                           {{"3E"}, {"3E"}},
+                                           {{"22F190", "1003"}, {"22F190", "1003"}},
+                                           {{"22", "F190"}, {"22", "F190"}},
+                                           {{"22", "G1"}, {"22", "G1"}},
+                                           {{"2", "F1"}, {"2", "F1"}}};
+  for (const auto &[words, requests] : cases)
+    EXPECT_EQ(requestTexts(words), requests) << words.size() << " words from " << words[0];
+}
+
 // The service of a positive answer is its first byte less 0x40; a negative
 // answer names the service and the code it refuses with.
 TEST(CliFrames, AnswerMeaning_NamesServiceAndNegativeCode) {

@@ -16,7 +16,8 @@
 namespace {
 
 const char kDetails[] =
-    "Sends each REQUEST (hex, \"22F190\") to one ECU of the bench CONFIG and\n"
+    "Sends each REQUEST (hex, \"22F190\"; words of one byte each, \"22 F1 90\",\n"
+    "make one request) to one ECU of the bench CONFIG and\n"
     "prints each answer decoded: event type, result code, the frame in hex\n"
     "with its text, the service and a negative response's code by name.\n"
     "ECU is the ECU's targetAddress, its idTx or its scenario file's name\n"
@@ -84,7 +85,7 @@ Reading readAnswers(Bus &bus, bool frames) {
 
 std::vector<Bytes> parseRequests(const std::vector<std::string> &texts, bool frames) {
   std::vector<Bytes> requests;
-  for (const std::string &text : texts) {
+  for (const std::string &text : requestTexts(texts)) {
     Bytes bytes;
     std::string why;
     if (!parseHexBytes(text, bytes, why))
@@ -170,6 +171,15 @@ void printJson(const Bytes &request, const Reading &reading,
   std::printf("%s]}\n", line.c_str());
 }
 
+// "10 03, 3E 00": the requests a refusal left unsent.
+std::string unsentList(std::vector<Bytes>::const_iterator first,
+                       std::vector<Bytes>::const_iterator last) {
+  std::string list;
+  for (auto request = first; request != last; ++request)
+    list += (list.empty() ? "" : ", ") + spacedHex(*request);
+  return list;
+}
+
 // The heading: whom the requests go to, and how.
 std::string target(const BenchEcu *ecu, bool frames) {
   if (ecu == nullptr)
@@ -215,19 +225,24 @@ int runAsk(const Arguments &arguments) {
 
   bool everyAnswered = true;
   LogFollower sources(log.path());
-  for (const Bytes &request : requests) {
+  for (auto request = requests.begin(); request != requests.end(); ++request) {
     sources.skipToEnd();
-    const CAN_STATUS sent = frames ? bus.sendFrame(ecu ? ecu->idTxValue : CAN_BROADCAST_ID, request)
-                                   : bus.sendRequest(request);
-    if (sent != E_SUCCESS)
+    const CAN_STATUS sent = frames
+                                ? bus.sendFrame(ecu ? ecu->idTxValue : CAN_BROADCAST_ID, *request)
+                                : bus.sendRequest(*request);
+    if (sent != E_SUCCESS) {
+      if (request + 1 != requests.end())
+        printError("not sent after that refusal: " + unsentList(request + 1, requests.end()));
       return kExitRefused;
+    }
     const Reading reading = readAnswers(bus, frames);
+    const Bytes &asked = *request;
     everyAnswered = everyAnswered && reading.answers > 0;
     const std::vector<std::vector<std::string>> lines =
         sources.newLines(std::vector<std::string>{"Answer source: ", "ECU state: "});
     const std::vector<std::string> &found = lines[0];
     if (json) {
-      printJson(request, reading, found);
+      printJson(asked, reading, found);
       continue;
     }
     for (const std::string &source : found)

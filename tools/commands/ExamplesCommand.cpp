@@ -2,6 +2,7 @@
 #include "Command.h"
 #include "Errors.h"
 #include "ExampleBench.h"
+#include "Output.h"
 
 #include <cstdio>
 
@@ -9,11 +10,24 @@ namespace {
 
 const char kDetails[] =
     "Writes the example bench built into the program into FOLDER (created when\n"
-    "missing; files of the same names are replaced): bench.xml, the ECU\n"
-    "scenarios, the two firmware images and README.md, which explains them.\n";
+    "missing): bench.xml, the ECU scenarios, the two firmware images and\n"
+    "README.md, which explains them. A file of the same name that differs from\n"
+    "the example (one you edited) is left alone, and nothing is written:\n"
+    "\n"
+    "  --force   replace such files with the example's\n"
+    "\n"
+    "Exit status: 0 written, 1 FOLDER holds differing files (without --force).\n";
 
 int runExamples(const Arguments &arguments) {
   const std::string &folder = arguments.positional[0];
+  const std::vector<std::string> differing = differingBenchFiles(folder);
+  if (!differing.empty() && !arguments.has("--force")) {
+    for (const std::string &name : differing)
+      printError(folder + "/" + name + " differs from the example: not replaced");
+    printError("nothing written; --force replaces " +
+               std::string(differing.size() == 1 ? "it" : "them"));
+    return kExitRefused;
+  }
   for (const std::string &name : writeEmbeddedBench(folder))
     std::printf("  %s/%s\n", folder.c_str(), name.c_str());
   return kExitDone;
@@ -22,7 +36,12 @@ int runExamples(const Arguments &arguments) {
 } // namespace
 
 Command examplesCommand() {
-  return {
-      "examples", "examples FOLDER", "write the example bench into FOLDER, to edit", kDetails, 1, 1,
-      {},         runExamples};
+  return {"examples",
+          "examples FOLDER",
+          "write the example bench into FOLDER, to edit",
+          kDetails,
+          1,
+          1,
+          {"--force"},
+          runExamples};
 }

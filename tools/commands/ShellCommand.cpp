@@ -46,10 +46,13 @@ const char kDetails[] =
     "  channel broadcast [HEX] create and configure a broadcast channel to every\n"
     "                          free ECU, with HEX as its start frame\n"
     "  open                    open the channel's session\n"
-    "  send HEX...             send requests on the channel, print the answers\n"
+    "  send HEX...             send requests on the channel, print the answers:\n"
+    "                          each word is one request (send 22F190 1003),\n"
+    "                          but words of one byte each are one (22 F1 90)\n"
     "  close                   close the channel's session\n"
     "  frame ID HEX            send a raw CAN frame (mode 2, 8 bytes at most) to\n"
-    "                          identifier ID (7D0: every ECU), print the answers\n"
+    "                          identifier ID (at most 1FFFFFFF; 7D0: every\n"
+    "                          ECU), print the answers\n"
     "  free                    free the channel, else the port, else the box\n"
     "  rx [MS]                 read the driver, device, port and channel events\n"
     "                          until a queue stays empty MS ms (100)\n"
@@ -78,6 +81,8 @@ const char kDetails[] =
     "  quit                    end the session (so does the end of input)\n"
     "\n"
     "Each call prints one line with its status; answers are decoded below it,\n"
+    "and a refusal the shell can explain names the step that is missing\n"
+    "(assoc before a one-to-one channel, open before send).\n"
     "with the scenario entry that answered (\"from engine.xml:41 22F1??\") or\n"
     "why none did, as the library's log file tells it.\n"
     "On a terminal the shell prompts, edits the line and keeps a history of\n"
@@ -91,7 +96,7 @@ const char kDetails[] =
 const char kCommandList[] =
     "commands: reserve [NAME], mode [N], version, voltages, reset, flash IMAGE,\n"
     "  port, assoc, baud, measures, channel ECU|broadcast [HEX], open,\n"
-    "  send HEX..., close, frame ID HEX, free, rx [MS],\n"
+    "  send HEX... (22 F1 90: one request), close, frame ID HEX, free, rx [MS],\n"
     "  inject NAME STATUS [DETAIL], expect STATUS, expect rx TYPE [HEX],\n"
     "  sleep MS, ecu, help, quit\n";
 
@@ -99,6 +104,12 @@ const char kCommandList[] =
 // answer waits this long.
 constexpr uint32_t kAnswerMs = 100;
 constexpr size_t kFrameBytes = 8;
+// Extended CAN identifiers have 29 bits.
+constexpr uint32_t kHighestCanId = 0x1FFFFFFF;
+// The box's modes: firmware download, CAN parameters, raw frames, measures.
+constexpr uint32_t kHighestMode = 3;
+// Steps and their notes are indented under the command.
+constexpr size_t kHintIndent = 6;
 constexpr uint32_t kLongestSleepMs = 3600 * 1000;
 constexpr auto kSleepSlice = std::chrono::milliseconds(20);
 
@@ -305,9 +316,13 @@ private:
     return session_.reserveDevice(false, line.size() > 1 ? line[1] : "");
   }
   Outcome mode(const Words &line) {
-    if (line.size() > 1)
-      return setMode(session_, number(line[1], UINT32_MAX));
-    return showMode(session_);
+    if (line.size() == 1)
+      return showMode(session_);
+    const uint32_t mode = number(line[1], UINT32_MAX);
+    const CAN_STATUS status = setMode(session_, mode);
+    if (status == E_SUCCESS && mode > kHighestMode)
+      printDetail(kHintIndent, "the calls that need a mode are refused until mode sets 0 to 3");
+    return status;
   }
   Outcome version(const Words &) { return showVersion(session_); }
   Outcome voltages(const Words &) { return showTension(session_); }
@@ -332,7 +347,10 @@ private:
     if (!ecu->addressed)
       throw BadLine{"ECU " + ecu->label() +
                     " has no one-byte targetAddress: no channel reaches it"};
-    return bus_.createChannel(ecu);
+    const CAN_STATUS status = bus_.createChannel(ecu);
+    if (status == E_INVALID && !bus_.assocLoaded())
+      printDetail(kHintIndent, "run assoc first: a one-to-one channel needs the association table");
+    return status;
   }
 
   Outcome open(const Words &) {
@@ -373,15 +391,19 @@ private:
 
   Outcome send(const Words &line) {
     std::vector<Bytes> requests;
-    for (size_t i = 1; i < line.size(); ++i)
-      requests.push_back(hexArgument(line[i]));
+    for (const std::string &text : requestTexts(Words(line.begin() + 1, line.end())))
+      requests.push_back(hexArgument(text));
     CAN_STATUS outcome = E_SUCCESS;
+    bool hinted = false;
     for (const Bytes &request : requests) {
       sources_.skipToEnd();
       const CAN_STATUS status = bus_.sendRequest(request);
       if (status == E_SUCCESS)
         remember(bus_.readChannel(kAnswerMs));
       printSources();
+      if (status == E_INVALID && !bus_.sessionOpen() && !hinted)
+        printDetail(kHintIndent, "run open first: requests go only on an open session");
+      hinted = hinted || status == E_INVALID;
       outcome = firstFailure(outcome, status);
     }
     return outcome;
@@ -393,6 +415,8 @@ private:
     uint32_t id = 0;
     if (!parseHexNumber(line[1], id))
       throw BadLine{"'" + line[1] + "' is no hex CAN identifier (at most 8 digits)"};
+    if (id > kHighestCanId)
+      throw BadLine{"'" + line[1] + "' is above 1FFFFFFF, the highest CAN identifier"};
     const Bytes bytes = hexArgument(line[2]);
     if (bytes.size() > kFrameBytes)
       throw BadLine{"'" + line[2] + "' is longer than a CAN frame (8 bytes)"};

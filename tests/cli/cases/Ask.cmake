@@ -16,6 +16,10 @@ cli_case(EXIT 0 ARGS ask ${bench} engine 22F190 280301 22F195 EXPECT
   "< CHN_TYPE_RCV_CORRUPTED_FRAME \\(2004\\)\n"
   "    ECU 0x10, cLongueurTrameFausse \\(69\\): 62 F1  positive ReadDataByIdentifier\n"
   "  from entry engine.xml:66 22F195, response 1 of 1\n$")
+# Bytes written apart, as requests are shown, are one request.
+cli_case(EXIT 0 ARGS ask ${bench} engine 22 F1 90 EXPECT
+  "^ECU 0x10 engine, one-to-one channel on 7E0/7E8\n> 22 F1 90  ReadDataByIdentifier\n"
+  "from entry engine.xml:38 22F190, response 1 of 1\n$")
 # Named by idTx; a typed answer without a frame carries the request back.
 cli_case(EXIT 0 ARGS ask ${bench} 7E0 3101FF00 EXPECT
   "< CHN_TYPE_RCV_FAILED_TIMEOUT \\(2007\\)\n    with the request 31 01 FF 00 \\(RoutineControl\\)")

@@ -13,6 +13,7 @@ cli_case(EXIT 0 ARGS check ${EXAMPLES}/bench.xml REJECT "warning" EXPECT
 set(bench "check-bench.xml:")
 set(scenario "check-scenario.xml:")
 cli_case(EXIT 1 ARGS check --frame ${DATA}/check-bench.xml EXPECT
+  "${bench} warning: no CAN_FIRMWAREVERSION element: the box reports empty firmware versions"
   "${bench}5: warning: DETBAUDRATE 'E_SUCESS' is no status name: the detection answers E_INVALID"
   "${bench}6: warning: DETBAUDRATE 'E_NOT_FOUND' is no outcome of a detection"
   "${bench}7: warning: NEGATIVE_RESPONSE '0x11' is not upper-case hex"
@@ -40,7 +41,24 @@ cli_case(EXIT 1 ARGS check --frame ${DATA}/check-bench.xml EXPECT
   "${scenario}21: warning: answer 'CHN_TYPE_RCV_NO_RESPONSE' is no event type"
   "${scenario}24: warning: answer '67011234567' is not even-length upper-case hex"
   "${scenario}25: warning: answer '670112345678AABBCC' is 9 bytes long: the raw frame path sends its first 8"
-  "\n30 warnings\n$")
+  "${scenario}27: warning: request '19021' has an odd number of characters"
+  "${scenario}27: warning: empty answer: the host gets a frame without a byte"
+  "\n33 warnings\n$")
+
+# Identifiers in two roles, a misspelt element, values the box cannot
+# report, a negative code of two bytes.
+set(slips "slips-bench.xml:")
+cli_case(EXIT 1 ARGS check ${DATA}/slips-bench.xml EXPECT
+  "${slips} warning: no CAN_FIRMWAREVERSION element"
+  "${slips}5: warning: element CAN_FIRMWAREVERSON is read by nothing: CAN_FIRMWAREVERSION misspelt"
+  "${slips}6: warning: VOLTAGES VBatt '1e39' is no voltage a float holds: the box reports inf"
+  "${slips}6: warning: VOLTAGES APCKelmora 'nan' is no voltage a float holds: the box reports nan"
+  "${slips}6: warning: VOLTAGES APCDravik 'five' is not a number: the library reads 0"
+  "${slips}7: warning: NEGATIVE_RESPONSE '1122' is 2 bytes: a negative response carries one code"
+  "${slips}8: warning: idRx and idTx are both 7E0"
+  "${slips}10: warning: idRx 7E9 already belongs to the ECU of line 9"
+  "${slips}11: warning: idRx 7E1 is the idTx of the ECU of line 9"
+  "${slips}12: warning: idTx 7E9 is the idRx of the ECU of line 9")
 
 # Files it cannot read: each named on its line, and exit status 3.
 cli_case(EXIT 3 ARGS check ${DATA}/no-such-file.xml ${DATA}/not-xml.xml EXPECT

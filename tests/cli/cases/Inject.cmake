@@ -53,7 +53,8 @@ cli_case(EXIT 3 ARGS inject ${folder}/application.bin CAN_DevGetMode 4 EXPECT
 cli_case(EXIT 3 ARGS inject ${folder}/none.xml CAN_DevGetMode 4 EXPECT
   "cannot read the bench .*none.xml")
 
-cli_case(EXIT 1 ARGS ask ${bench} engine 22F190 EXPECT "CAN_ChnSendDiag +E_INVALID \\(4\\)")
+cli_case(EXIT 1 ARGS ask ${bench} engine 22F190 1003 3E00 EXPECT "CAN_ChnSendDiag +E_INVALID \\(4\\)"
+  "cansimu: not sent after that refusal: 10 03, 3E 00\n$")
 cli_case(EXIT 0 ARGS inject ${bench} CAN_DevGetTension E_BUSOFF)
 cli_case(EXIT 1 ARGS info ${bench} EXPECT "voltages +CAN_DevGetTension answered E_BUSOFF")
 

@@ -1,5 +1,6 @@
-# Script lines the shell refuses: each stops the script at once with exit
-# status 2 and one line that names the line and what is wrong.
+# Script lines the shell refuses (after the steps before them): each stops
+# the script at once with exit status 2 and one line that names the line and
+# what is wrong.
 include(${CMAKE_CURRENT_LIST_DIR}/../CliCase.cmake)
 set(script ${WORK}/refused-line.txt)
 foreach(refusal
@@ -10,12 +11,13 @@ foreach(refusal
     "expect E_FINE@'E_FINE' is neither a number nor a status name"
     "inject CAN_DevRxMsg 150@the device queue takes no event of type 150"
     "inject CAN_ChnRxMsg 4@CAN_ChnRxMsg takes no injection"
-    "reserve A B@wrong number of arguments for reserve")
+    "reserve A B@wrong number of arguments for reserve"
+    "reserve\nport\nmode 2\nframe 20000000 00@'20000000' is above 1FFFFFFF, the highest CAN identifier")
   string(REPLACE "@" ";" parts "${refusal}")
   list(GET parts 0 line)
   list(GET parts 1 message)
   file(WRITE ${script} "${line}\nversion\n")
   cli_case(EXIT 2 ARGS shell ${EXAMPLES}/bench.xml INPUT ${script}
-    EXPECT "\ncansimu: line 1: ${message}" REJECT "CAN_DevGetVersion")
+    EXPECT "\ncansimu: line [0-9]+: ${message}" REJECT "CAN_DevGetVersion|CAN_PrtSendTrame")
 endforeach()
 file(REMOVE ${script})
