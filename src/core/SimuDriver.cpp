@@ -1,6 +1,5 @@
 #include "core/SimuDriver.h"
 
-#include "api/BenchInjections.h"
 #include "core/BenchOutputs.h"
 #include "core/LogMessage.h"
 #include "device/SimuDevice.h"
@@ -19,6 +18,7 @@ namespace {
 std::atomic<SimuDriver *> theDriver{nullptr};
 std::mutex creationLock;
 ACE_WString *storedPath = nullptr;
+std::atomic<SimuDriver::ConfigurationStep> lastConfigurationStep{nullptr};
 } // namespace
 
 SimuDriver::SimuDriver(const ACE_WString &path)
@@ -72,6 +72,10 @@ void SimuDriver::processAttach() {
     storedPath = new ACE_WString();
 }
 
+void SimuDriver::setLastConfigurationStep(ConfigurationStep step) {
+  lastConfigurationStep.store(step);
+}
+
 void SimuDriver::processDetach() {
   delete storedPath;
   storedPath = nullptr;
@@ -96,7 +100,8 @@ bool SimuDriver::parse(const ACE_WString &path) {
   device->readConfiguration(document);
   // Faults and events the bench asks for, once the device and port hold the
   // values they describe.
-  BenchInjections::apply(document);
+  if (const ConfigurationStep step = lastConfigurationStep.load())
+    step(document);
   if (reread)
     logMessage(L"Configuration <" + path + L"> re-read: applied");
   return true;
