@@ -52,6 +52,7 @@ SimuDriver *SimuDriver::existing() { return theDriver.load(); }
 void SimuDriver::end() {
   // The driver stops being the instance before its destruction starts, so
   // that nothing reached through the instance meets it half destroyed.
+  echoLogToConsole(false);
   delete theDriver.exchange(nullptr);
   AppendBuffer::stopWriter();
   setConfigPath(ACE_WString());
@@ -96,6 +97,7 @@ bool SimuDriver::parse(const ACE_WString &path) {
   ACE_Array<TDomData> found;
   document.getSubNodesByTagName(L"MODECONSOLE", found, true);
   consoleMode = found.size() != 0;
+  echoLogToConsole(consoleMode);
   // The device reads its section and hands the document on to its port.
   device->readConfiguration(document);
   // Faults and events the bench asks for, once the device and port hold the
