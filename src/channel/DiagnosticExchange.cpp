@@ -15,7 +15,6 @@
 #include "ecu/AnswerNotes.h"
 #include "ecu/SimuECU.h"
 #include "platform/CodePage.h"
-#include "port/SimuPort.h"
 
 #include <ace/OS_NS_time.h>
 

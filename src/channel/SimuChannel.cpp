@@ -4,7 +4,6 @@
 #include "core/LogMessage.h"
 #include "ecu/AnswerNotes.h"
 #include "ecu/SimuECU.h"
-#include "port/SimuPort.h"
 
 #include <ace/Guard_T.h>
 
@@ -21,7 +20,7 @@ ACE_WString addressText(ACE_UINT8 address) {
 }
 } // namespace
 
-SimuChannel::SimuChannel(SimuPort &port, ACE_UINT32 channelType)
+SimuChannel::SimuChannel(ChannelPort &port, ACE_UINT32 channelType)
     : channelType(channelType), port(port) {}
 
 SimuChannel::~SimuChannel() {

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "cansimu/cansimu.h"
+#include "channel/ChannelPort.h"
 #include "core/BusTrace.h"
 #include "core/GuardedFifo.h"
 #include "core/PointerSet.h"
@@ -21,11 +22,10 @@
 #include <atomic>
 
 class SimuECU;
-class SimuPort;
 
 class SimuChannel : public SimuObject {
 public:
-  SimuChannel(SimuPort &port, ACE_UINT32 channelType);
+  SimuChannel(ChannelPort &port, ACE_UINT32 channelType);
   // Releases the payloads of events nobody read.
   ~SimuChannel() override;
 
@@ -82,7 +82,7 @@ private:
   Echo echoValues() const;
   static void releasePayload(CAN_EventChn &event);
 
-  SimuPort &port;
+  ChannelPort &port;
   std::atomic<bool> sessionOpen{false};
   std::atomic<bool> configured{false};
   // Guards echo and startFrameText.

@@ -1,6 +1,5 @@
 #include "core/SimuDriver.h"
 
-#include "api/BenchInjections.h"
 #include "core/BenchOutputs.h"
 #include "core/LogMessage.h"
 #include "device/SimuDevice.h"
@@ -19,6 +18,7 @@ namespace {
 std::atomic<SimuDriver *> theDriver{nullptr};
 std::mutex creationLock;
 ACE_WString *storedPath = nullptr;
+std::atomic<SimuDriver::ConfigurationStep> lastConfigurationStep{nullptr};
 } // namespace
 
 SimuDriver::SimuDriver(const ACE_WString &path)
@@ -52,6 +52,7 @@ SimuDriver *SimuDriver::existing() { return theDriver.load(); }
 void SimuDriver::end() {
   // The driver stops being the instance before its destruction starts, so
   // that nothing reached through the instance meets it half destroyed.
+  echoLogToConsole(false);
   delete theDriver.exchange(nullptr);
   AppendBuffer::stopWriter();
   setConfigPath(ACE_WString());
@@ -70,6 +71,10 @@ const ACE_WString &SimuDriver::configPath() {
 void SimuDriver::processAttach() {
   if (storedPath == nullptr)
     storedPath = new ACE_WString();
+}
+
+void SimuDriver::setLastConfigurationStep(ConfigurationStep step) {
+  lastConfigurationStep.store(step);
 }
 
 void SimuDriver::processDetach() {
@@ -92,11 +97,13 @@ bool SimuDriver::parse(const ACE_WString &path) {
   ACE_Array<TDomData> found;
   document.getSubNodesByTagName(L"MODECONSOLE", found, true);
   consoleMode = found.size() != 0;
+  echoLogToConsole(consoleMode);
   // The device reads its section and hands the document on to its port.
   device->readConfiguration(document);
   // Faults and events the bench asks for, once the device and port hold the
   // values they describe.
-  BenchInjections::apply(document);
+  if (const ConfigurationStep step = lastConfigurationStep.load())
+    step(document);
   if (reread)
     logMessage(L"Configuration <" + path + L"> re-read: applied");
   return true;

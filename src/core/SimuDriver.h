@@ -1,7 +1,8 @@
 // The root of the simulation: one per process, created on first use and
 // destroyed by CAN_DrvEnd. It owns the configuration file, the simulated
 // device and the driver-level event queue. Each read of the configuration
-// also applies the file's INJECT elements (BenchInjections).
+// ends with the step the export layer sets at load: it applies the file's
+// INJECT elements to the injection table it owns.
 #pragma once
 
 #include "cansimu/cansimu.h"
@@ -36,6 +37,10 @@ public:
   // is unloaded. A driver never ended is not destroyed.
   static void processAttach();
   static void processDetach();
+  // What each read of the configuration does last, once the device and the
+  // port hold the values it describes; none until one is set.
+  using ConfigurationStep = void (*)(const TDomData &document);
+  static void setLastConfigurationStep(ConfigurationStep step);
 
   // Lists the driver's one device for CAN_DevEnumerate: 21 when the list
   // already holds records (left untouched), 4 without memory; else count 1

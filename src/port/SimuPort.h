@@ -14,6 +14,7 @@
 #pragma once
 
 #include "cansimu/cansimu.h"
+#include "channel/ChannelPort.h"
 #include "core/AnswerScheduler.h"
 #include "core/BusTrace.h"
 #include "core/GuardedFifo.h"
@@ -36,7 +37,7 @@ class SimuChannel;
 class SimuECU;
 class TDomData;
 
-class SimuPort : public SimuObject {
+class SimuPort : public SimuObject, public ChannelPort {
 public:
   SimuPort();
   // Releases the association table, frees and destroys every channel,
@@ -76,7 +77,7 @@ public:
 
   // The association table's answers: the first entry, in table order, whose
   // idRx (or address) matches. False, `out` untouched, when none does.
-  bool addressByIdRx(ACE_UINT32 idRx, ACE_UINT8 &address) const;
+  bool addressByIdRx(ACE_UINT32 idRx, ACE_UINT8 &address) const override;
   bool idTxByAddress(ACE_UINT8 address, ACE_UINT32 &idTx) const;
 
   // The event queue (PortEvents.cpp). rxMsg: 7 while disconnected (outputs
@@ -100,11 +101,11 @@ public:
   // The same, readable `delayMs` from now (at once for 0): the frame is
   // built now and held by the port's scheduler until it is due.
   bool enqueueResponseAfter(ACE_UINT32 canId, const ACE_WString &response, unsigned delayMs,
-                            BusTrace::Batch *trace);
+                            BusTrace::Batch *trace) override;
   // Holds a channel's delayed record until `due` (AnswerScheduler); false,
   // the record released, when it cannot be held.
   bool scheduleAnswer(AnswerScheduler::Clock::time_point due,
-                      std::unique_ptr<AnswerScheduler::Delayed> record);
+                      std::unique_ptr<AnswerScheduler::Delayed> record) override;
   // Delayed answers not yet readable, for every queue of the port.
   size_t delayedAnswersWaiting() const { return delayedAnswers.waiting(); }
 
@@ -118,12 +119,12 @@ public:
   // free ECU; another type takes the ECU of the association table's idTx for
   // `address`, out of the free set if it is there. The ECUs the set held are
   // not given back. True when the set is not empty.
-  bool attachEcus(ACE_UINT32 type, ACE_UINT8 address, PointerSet<SimuECU> &set);
+  bool attachEcus(ACE_UINT32 type, ACE_UINT8 address, PointerSet<SimuECU> &set) override;
   // Gives the channel's ECUs back to the free set and forgets the channel;
   // its owner then destroys it.
-  void removeChannel(SimuChannel &channel);
+  void removeChannel(SimuChannel &channel) override;
   // A copy of a set the port guards (a channel's ECUs).
-  std::vector<SimuECU *> copyOf(const PointerSet<SimuECU> &set) const;
+  std::vector<SimuECU *> copyOf(const PointerSet<SimuECU> &set) const override;
 
   // Follows the device's host-visible connection state.
   void setDeviceConnected(bool connected) { deviceConnected = connected; }
@@ -139,7 +140,7 @@ public:
   // The bench's opt-in (lossOfCom="1" on CAN_DEVICESTATE): while the box
   // is unplugged, channels meet a dead bus instead of answering.
   std::atomic<bool> lossOfCommunication{false};
-  bool channelsCutOff() const { return lossOfCommunication && !deviceConnected; }
+  bool channelsCutOff() const override { return lossOfCommunication && !deviceConnected; }
   // The mode last set on the device by CAN_DevSetMode.
   std::atomic<ACE_UINT32> mode{0};
   // The host has reserved the port.
