@@ -1,9 +1,6 @@
 """Trace conversion: a candump log written by python-can through every
 format python-can writes and back, and the files it must refuse."""
 
-import subprocess
-import sys
-
 import can
 import pytest
 
@@ -42,17 +39,6 @@ def test_a_trace_goes_there_and_back_with_identical_frames(candump, tmp_path, ex
     assert convert(candump, there) == 20
     assert convert(there, back) == 20
     assert described(list(can.LogReader(str(back)))) == described(sent_frames())
-
-
-def test_the_command_line(candump, tmp_path):
-    run = [sys.executable, "-m", "cansimu", "convert"]
-    done = subprocess.run(run + [str(candump), str(tmp_path / "t.asc")], capture_output=True,
-                          text=True)
-    assert (done.returncode, done.stdout) == (0, f"{tmp_path / 't.asc'}: 20 frames\n")
-    failed = subprocess.run(run + [str(candump), str(tmp_path / "t.pcap")],
-                            capture_output=True, text=True)
-    assert failed.returncode == 1
-    assert "cansimu convert:" in failed.stderr and "writes no '.pcap'" in failed.stderr
 
 
 @pytest.mark.parametrize("name, cut, problem", [

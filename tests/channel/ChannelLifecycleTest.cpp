@@ -4,8 +4,6 @@
 #include "port/SimuPort.h"
 #include "support/EventRecords.h"
 
-#include <thread>
-
 using namespace channel_test;
 using ChannelLifecycle = ChannelTest;
 
@@ -103,20 +101,4 @@ TEST_F(ChannelLifecycle, EnumerationListsChannelsInCreationOrderWithTheirEchoes)
   EXPECT_EQ(info[1].ecuAddress + info[1].echoWord + info[1].sessionOpen, 0u) << "never configured";
   EXPECT_EQ(info[2].channelType, 9u);
   free(list.records);
-}
-
-// The reader wakes with the first pushed event, from either a request or an
-// end marker sent by another thread.
-TEST_F(ChannelLifecycle, AReaderBlockedOnAChannelWakesWithAnAnswerSentFromAnotherThread) {
-  startWith(ecu("7E0", "7E8", ScenarioFile().event("3E00", {"7E00"}), "a"), {{0x10, 0x7E0, 0x7E8}});
-  CAN_CHN_HANDLE channel = openChannel(CHN_ONE_TO_ONE, 0x10);
-  CAN_EventChn *event = nullptr;
-  uint32_t pending = 0;
-  CAN_STATUS status = E_INVALID;
-  std::thread reader([&] { status = CAN_ChnRxMsg(channel, &event, &pending, 10000); });
-  EXPECT_EQ(send(channel, "3E00"), E_SUCCESS);
-  reader.join();
-  ChannelEvent received(event);
-  ASSERT_EQ(status, E_SUCCESS);
-  EXPECT_EQ(resultHex(*received), "7E00");
 }

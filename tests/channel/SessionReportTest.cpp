@@ -3,16 +3,12 @@
 #include "core/SessionReport.h"
 #include "ChannelFixture.h"
 #include "Json.h"
-#include "core/BusTrace.h"
 #include "platform/CodePage.h"
 
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <sstream>
 #include <string>
-#include <thread>
-#include <vector>
 
 using namespace channel_test;
 using SessionReportTest = ChannelTest;
@@ -64,24 +60,9 @@ TEST_F(SessionReportTest, CountsWhatTheSessionMet) {
   const JsonValue *engine = ecuNamed(report, "7e0");
   ASSERT_NE(engine, nullptr);
   EXPECT_EQ((*engine)["scenario"].text, dir.file("engine.xml"));
-  // Every entry in file order, with its line; the unused one shows 0.
-  const std::pair<const char *, unsigned long long> hits[] = {
-      {"22F190", 2}, {"1003", 0}, {"2E*", 1}};
-  ASSERT_EQ((*engine)["entries"].items.size(), 3u);
-  for (size_t i = 0; i < 3; ++i) {
-    const JsonValue &entry = (*engine)["entries"].items[i];
-    EXPECT_EQ(entry["pattern"].text, hits[i].first);
-    EXPECT_EQ(entry["line"].count(), 3 + i) << hits[i].first;
-    EXPECT_EQ(entry["hits"].count(), hits[i].second) << hits[i].first;
-  }
-  const auto &unscripted = (*engine)["unscripted"].items;
-  ASSERT_EQ(unscripted.size(), 2u);
-  EXPECT_EQ(unscripted[0]["request"].text, "2201");
-  EXPECT_EQ(unscripted[0]["count"].count(), 2u);
-  EXPECT_FALSE(unscripted[0]["first"].text.empty());
-  EXPECT_EQ(unscripted[1]["request"].text, "3101");
-  // Six answers: three scripted (one of them negative), three fallbacks.
-  EXPECT_EQ((*engine)["answers"].count(), 6u);
+  // Hits, unscripted requests and answer counts are read back by the
+  // command-line report tests and the Python session's; here, what only
+  // this session meets.
   EXPECT_EQ((*engine)["negativeAnswers"].count(), 4u);
 
   const JsonValue *gateway = ecuNamed(report, "710");
@@ -118,47 +99,4 @@ TEST_F(SessionReportTest, AFailedWriteIsLoggedOnceAndTheHostSeesNothing) {
   CAN_DrvEnd();
   const JsonValue report = readJson(reportPath);
   EXPECT_EQ(report["ecus"].items.at(0)["entries"].items.at(0)["hits"].count(), 2u);
-}
-
-// Host threads on two channels at once, with the trace and the report both
-// kept: every frame line whole, every answer counted once.
-TEST_F(SessionReportTest, ThreadsSendingAtOnceLeaveWholeTraceLinesAndExactCounts) {
-  const std::string reportPath = dir.file("report.json");
-  const std::string tracePath = dir.file("bus.log");
-  SessionReport::openNamed(toWideString(reportPath.c_str()), L"the test");
-  BusTrace::openNamed(toWideString(tracePath.c_str()), L"the test");
-  startWith(ecu("7E0", "7E8", ScenarioFile().event("3E00", {"7E00"}), "engine", "10") +
-                ecu("710", "77A", ScenarioFile().event("3E00", {"7E00"}), "gateway", "01"),
-            {{0x10, 0x7E0, 0x7E8}, {0x01, 0x710, 0x77A}});
-  const int kRequests = 300;
-  std::vector<std::thread> hosts;
-  for (const uint8_t address : {uint8_t{0x10}, uint8_t{0x01}}) {
-    CAN_CHN_HANDLE channel = openChannel(CHN_ONE_TO_ONE, address);
-    hosts.emplace_back([this, channel] {
-      for (int i = 0; i < kRequests; ++i)
-        EXPECT_EQ(send(channel, "3E00"), E_SUCCESS);
-    });
-  }
-  for (std::thread &host : hosts)
-    host.join();
-  CAN_DrvEnd();
-  BusTrace::close();
-
-  std::ifstream trace(tracePath);
-  std::map<std::string, int> frames;
-  for (std::string line; std::getline(trace, line);) {
-    const size_t at = line.find(") can0 ");
-    ASSERT_NE(at, std::string::npos) << line;
-    ++frames[line.substr(at + 7)];
-  }
-  EXPECT_EQ(frames, (std::map<std::string, int>{{"710#023E00", kRequests},
-                                                {"77A#027E00", kRequests},
-                                                {"7E0#023E00", kRequests},
-                                                {"7E8#027E00", kRequests}}));
-  const JsonValue report = readJson(reportPath);
-  for (const char *idTx : {"7e0", "710"}) {
-    const JsonValue *ecu = ecuNamed(report, idTx);
-    ASSERT_NE(ecu, nullptr) << idTx;
-    EXPECT_EQ((*ecu)["entries"].items.at(0)["hits"].count(), unsigned(kRequests)) << idTx;
-  }
 }

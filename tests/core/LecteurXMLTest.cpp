@@ -28,11 +28,6 @@ protected:
   void clearContent() override { calls += "clear;"; }
 };
 
-std::string withBackslashes(std::string path) {
-  std::replace(path.begin(), path.end(), '/', '\\');
-  return path;
-}
-
 class LecteurXMLTest : public ::testing::Test {
 protected:
   TempDir dir;
@@ -47,28 +42,6 @@ protected:
 };
 
 } // namespace
-
-// Paths are kept, and logged, with backslashes. An unreachable path is
-// forgotten: the reader is then as one made with an empty path, and nothing
-// is read or logged again.
-TEST_F(LecteurXMLTest, Load_KeepsPathsWithBackslashesAndForgetsAnUnreachableOneAfterOneLine) {
-  EXPECT_EQ(toAnsi(reader.path().c_str()).get(), withBackslashes(file));
-  EXPECT_TRUE(reader.load()) << "the backslashed path still names the file";
-  EXPECT_EQ(takeCalls(), "clear;init;parse;");
-
-  LogCapture log;
-  const std::string missing = dir.file("missing.xml");
-  RecordingReader unreachable(missing);
-  EXPECT_FALSE(unreachable.load());
-  const std::string expected = "The file <" + withBackslashes(missing) + "> is unreachable";
-  EXPECT_EQ(log.lines(), std::vector<std::string>{expected});
-  EXPECT_EQ(unreachable.path().length(), 0u);
-  writeFile(missing, "<A/>");
-  EXPECT_FALSE(unreachable.load());
-  EXPECT_FALSE(unreachable.reloadIfChanged());
-  EXPECT_EQ(unreachable.calls, "") << "no content is touched";
-  EXPECT_EQ(log.lines().size(), 1u);
-}
 
 TEST_F(LecteurXMLTest, ReloadIfChanged_OnlyAfterTheFirstLoadAndOnAStrictlyLaterTime) {
   setModificationTime(file, 2000000000);

@@ -23,12 +23,3 @@ TEST(NumberText, HexReadsAsStrtolBase16ClampedToTheSigned32BitRange) {
   for (const auto &[text, value] : cases)
     EXPECT_EQ(hexNumber(text), value) << std::wstring(text).size();
 }
-
-TEST(NumberText, DecimalsReadAsStrtodNarrowedToAFloat) {
-  EXPECT_FLOAT_EQ(readDecimal(L" 12,5").value, 12.0f) << "the decimal point is a point";
-  EXPECT_FLOAT_EQ(readDecimal(L"-1.5e1V").value, -15.0f);
-  const DecimalReading none = readDecimal(L"V12");
-  EXPECT_TRUE(!none.isNumber && none.value == 0.0f);
-  const DecimalReading huge = readDecimal(L"-1e300");
-  EXPECT_TRUE(huge.beyondFloat && std::isinf(huge.value) && huge.value < 0);
-}

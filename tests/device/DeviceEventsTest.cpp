@@ -74,19 +74,3 @@ TEST_F(DeviceEvents, EachInjectedTypeCarriesItsPayloadAndOtherTypesQueueNothing)
     inject(type, 1);
   EXPECT_EQ(simuDevice().events.pendingCount(), 10u);
 }
-
-// A host that took the port array out of a config record leaves a null
-// array or a count of 0: only the record is released.
-TEST_F(DeviceEvents, AConfigRecordWithoutItsPortArrayIsReleasedAlone) {
-  CAN_DEV_HANDLE device = reservedDevice();
-  for (bool nullArray : {true, false}) {
-    inject(DEV_TYPE_CONFIG, 0);
-    DeviceEvent event = nextEvent(device);
-    auto *record = static_cast<CAN_ConfigDev *>(event->data);
-    free(record->ports);
-    if (nullArray)
-      record->ports = nullptr;
-    else
-      record->count = 0;
-  }
-}

@@ -1,15 +1,14 @@
-// The firmware image reader on good and broken files, and whole downloads
-// through CAN_DevBoardTeleFirm, which take 2 to 2.5 s each.
+// The firmware image reader on good and broken files. Whole downloads run
+// through the command-line tests (flash, demo) and the allocation sweep.
 #include "device/FirmwareDownload.h"
-#include "DeviceFixture.h"
 #include "support/FirmwareImages.h"
+#include "support/TempDir.h"
 
-#include <chrono>
-#include <cstdint>
+#include <gtest/gtest.h>
+
 #include <filesystem>
-#include <vector>
+#include <string>
 
-using namespace device_test;
 using namespace firmware;
 
 namespace {
@@ -25,32 +24,6 @@ protected:
     return readFirmwareFile(boot ? path.c_str() : nullptr, boot ? nullptr : path.c_str(), read);
   }
 };
-
-using FirmwareDownload = DeviceTest;
-
-// The progress values 2, 4, ... up to `last`.
-std::vector<uintptr_t> steps(uintptr_t last) {
-  std::vector<uintptr_t> values;
-  for (uintptr_t value = 2; value <= last; value += 2)
-    values.push_back(value);
-  return values;
-}
-
-// The progress values queued for the host, read until the queue is empty.
-std::vector<uintptr_t> progressQueued(CAN_DEV_HANDLE device) {
-  std::vector<uintptr_t> values;
-  CAN_EventDev *event = nullptr;
-  uint32_t pending = 0;
-  while (CAN_DevRxMsg(device, &event, &pending, 1) == E_SUCCESS) {
-    EXPECT_EQ(event->type, DEV_TYPE_PROGRESS);
-    values.push_back(reinterpret_cast<uintptr_t>(event->data));
-    CAN_DevFreeRxMsg(event);
-  }
-  return values;
-}
-
-const std::string kVersions = "<CAN_FIRMWAREVERSION BootVersion='B0.01' BootCheckSum='BOOT' "
-                              "AppVersion='A0.01' AppCheckSum='APPL'/>";
 
 } // namespace
 
@@ -97,52 +70,4 @@ TEST_F(FirmwareReader, TextsStopAtTheFirstZeroAndFilesAreReadInBinaryModeWithAny
   ASSERT_TRUE(readFirmwareFile(nullptr, (dir.path() + "\\folder\\app.bin").c_str(), read));
   EXPECT_STREQ(read.AppCheckSum.c_str(), "\r\n\r\n");
   EXPECT_STREQ(read.AppVersion.c_str(), "V1.00");
-}
-
-// An application image replaces the application texts only. A missing
-// file runs the whole progress before its status 15. (The command-line
-// tests read the progress on a second thread while a download runs.)
-TEST_F(FirmwareDownload, AnApplicationImageTakesOverItsTextsAfterFiftyEventsAMissingFileGets15) {
-  CAN_DEV_HANDLE device = reservedDevice(kVersions);
-  const std::string path = dir.file("app.bin");
-  writeFile(path, applicationImage("C0DE", "V1.00", "12/03/24"));
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(CAN_DevBoardTeleFirm(device, path.c_str(), &result), E_SUCCESS);
-  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2500));
-  EXPECT_EQ(result.errorCode, 0);
-  EXPECT_EQ(result.written, 1);
-  EXPECT_EQ(progressQueued(device), steps(100));
-  ASSERT_EQ(CAN_DevGetVersion(device, &version), E_SUCCESS);
-  const std::vector<std::string> texts = {version.appVersion, version.appDate, version.appCheckSum,
-                                          version.bootVersion, version.bootCheckSum};
-  EXPECT_EQ(texts, (std::vector<std::string>{"V1.00", "12/03/24", "C0DE", "B0.01", "BOOT"}));
-
-  const std::string missing = dir.file("missing.bin");
-  result = {0xEE, 0xEE};
-  EXPECT_EQ(CAN_DevBoardTeleFirm(device, missing.c_str(), &result), E_BAD_FILE);
-  EXPECT_EQ(result.errorCode, 0);
-  EXPECT_EQ(result.written, 1);
-  EXPECT_EQ(progressQueued(device), steps(100));
-  EXPECT_EQ(log.count("The file <" + missing + "> is unreachable"), 1u);
-  EXPECT_STREQ(simuDevice().versions.AppVersion.c_str(), "V1.00");
-}
-
-TEST_F(FirmwareDownload, TheFailureSwitchStopsAt80WithoutOpeningTheFile) {
-  CAN_DEV_HANDLE device = reservedDevice(kVersions + "<DEVICES SimulateUploadFailure='1'/>");
-  const std::string path = dir.file("app.bin");
-  writeFile(path, applicationImage("C0DE", "V1.00", "12/03/24"));
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(CAN_DevBoardTeleFirm(device, path.c_str(), &result), E_BOARD_ERROR_1);
-  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2000));
-  EXPECT_EQ(result.errorCode, 0x82);
-  EXPECT_EQ(result.written, 1);
-  EXPECT_EQ(progressQueued(device), steps(80));
-  EXPECT_STREQ(simuDevice().versions.AppVersion.c_str(), "A0.01") << "the image was not read";
-
-  ASSERT_EQ(CAN_DevSetMode(device, 1, &detail), E_SUCCESS);
-  result = {0xEE, 0xEE};
-  EXPECT_EQ(CAN_DevBoardTeleFirm(device, path.c_str(), &result), E_INVALID) << "outside mode 0";
-  EXPECT_EQ(result.errorCode, 0xEE);
-  EXPECT_EQ(result.written, 0xEE);
-  EXPECT_TRUE(progressQueued(device).empty());
 }

@@ -9,10 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -70,8 +68,6 @@ protected:
   }
 };
 
-size_t bucketOf(const std::string &key) { return ScenarioKeyHash()(wide(key)) % 32; }
-
 } // namespace
 
 TEST(ScenarioKeyMatchTest, PatternRules_StoredPatternFirstPrefixLengthAndWildcards) {
@@ -98,76 +94,6 @@ TEST(ScenarioKeyMatchTest, PatternRules_StoredPatternFirstPrefixLengthAndWildcar
         << c.stored << " / " << c.asked;
 }
 
-TEST_F(ScenarioTest, Buckets_OnlyTheFirstTwoCharactersPickTheBucketOfAPattern) {
-  EXPECT_EQ(ScenarioKeyHash()(ACE_WString()), 0u);
-  EXPECT_EQ(ScenarioKeyHash()(ACE_WString(L"2")), 0u);
-  // A pattern with wildcards in its first two characters is filed under the
-  // literal "??": it answers only requests whose prefix shares that bucket.
-  std::string same, other;
-  for (int byte = 0; byte < 256; ++byte) {
-    const std::string prefix = {"0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15]};
-    (bucketOf(prefix) == bucketOf("??") ? same : other) = prefix;
-  }
-  ASSERT_FALSE(same.empty() || other.empty());
-  auto scenario = loaded(ScenarioFile().event("??01", {"ANY"}));
-  ASSERT_EQ(scenario->bucketCount(), 32u);
-  EXPECT_EQ(ask(*scenario, same + "01"), "ANY");
-  EXPECT_EQ(ask(*scenario, other + "01"), kNoAnswer);
-  EXPECT_EQ(ask(*scenario, same + "02"), kNoAnswer);
-  setModificationTime(file, 1000010);
-  EXPECT_EQ(ask(*scenario, same + "01"), "ANY") << "after a reload too";
-}
-
-TEST_F(ScenarioTest, Rotation_AdvancesPerEntryAndRestartsWhenALaterFileIsReloaded) {
-  auto scenario = loaded(ScenarioFile()
-                             .event("2E", {"R1", "R2", "R3"})
-                             .event("22F1*", {"W1", "W2"})
-                             .event("1003", {"A", "B"}));
-  for (const char *expected : {"R1", "R2", "R3", "R1"})
-    EXPECT_EQ(ask(*scenario, "2EF190"), expected);
-  EXPECT_EQ(ask(*scenario, "22F190"), "W1") << "one rotation for every request a pattern matches";
-  EXPECT_EQ(ask(*scenario, "22F1AA"), "W2");
-  EXPECT_EQ(ask(*scenario, "1003"), "A");
-  setModificationTime(file, 1000010);
-  EXPECT_EQ(ask(*scenario, "2EF190"), "R1");
-  EXPECT_EQ(ask(*scenario, "22F190"), "W1");
-  EXPECT_EQ(ask(*scenario, "1003"), "A");
-
-  // New content replaces the whole table.
-  ScenarioFile().event("1003", {"NEW"}).writeTo(file);
-  setModificationTime(file, 1000100);
-  EXPECT_EQ(ask(*scenario, "1003"), "NEW");
-  EXPECT_EQ(ask(*scenario, "2EF190"), kNoAnswer);
-  // A save that leaves the file unreadable as XML empties the table.
-  writeFile(file, "<SCENARIO><EVENEMENT>");
-  setModificationTime(file, 1000200);
-  EXPECT_EQ(ask(*scenario, "1003"), kNoAnswer);
-  EXPECT_EQ(scenario->entryCount(), 0u);
-}
-
-TEST_F(ScenarioTest, AddEntry_EarlierMatchesAbsorbLaterRequestsAndLaterPatternsShadow) {
-  auto scenario = loaded(ScenarioFile()
-                             .event("22F1*", {"STAR"})
-                             .event("22F190", {"EXACT"}) // absorbed by 22F1*
-                             .event("1003", {"FIRST1", "FIRST2"})
-                             .event("1003", {"SECOND"})
-                             .event("3101FF", {"EXACT"})
-                             .event("3101*", {"STAR"}) // an entry of its own, at the head
-                             .event("2E01", {"EXACT"})
-                             .event("2E*", {}) // no TRAME: answers as unknown, still shadows
-                             .event("3E", {})
-                             .event("3E00", {"ABSORBED"}));
-  EXPECT_EQ(scenario->entryCount(), 7u);
-  EXPECT_EQ(ask(*scenario, "22F190"), "EXACT");
-  EXPECT_EQ(ask(*scenario, "22F1AB"), "EXACT");
-  EXPECT_EQ(ask(*scenario, "1003"), "SECOND");
-  EXPECT_EQ(ask(*scenario, "1003"), "SECOND");
-  EXPECT_EQ(ask(*scenario, "3101FF"), "STAR");
-  EXPECT_EQ(ask(*scenario, "3101AB"), "STAR");
-  EXPECT_EQ(ask(*scenario, "2E01"), kNoAnswer);
-  EXPECT_EQ(ask(*scenario, "3E"), "ABSORBED");
-}
-
 TEST_F(ScenarioTest, Parse_TakesTheFirstChildOfTheRequeteAndLogsEachSkippedEvent) {
   LogCapture log;
   auto scenario =
@@ -188,81 +114,6 @@ TEST_F(ScenarioTest, Parse_TakesTheFirstChildOfTheRequeteAndLogsEachSkippedEvent
             (std::vector<std::string>{skipped + "2 skipped, it has no REQUETE element",
                                       skipped + "3 skipped, its REQUETE has no child element",
                                       skipped + "4 skipped, it has no REPONSE element"}));
-}
-
-TEST_F(ScenarioTest, Load_OfAFileThatIsNoXmlDocumentSucceedsWithAnEmptyTableAndNoLog) {
-  const std::string contents[] = {
-      "", "22F190 62F190",
-      "<SCENARIO><EVENEMENT><REQUETE><T>1003</T></REQUETE><REPONSE><TRAME>5003",
-      std::string("\x00\xff\xfe<\x01\x02>\x80", 8), "<?xml version=\"1.0\"?>"};
-  for (const auto &content : contents) {
-    LogCapture log;
-    auto scenario = loaded(content);
-    EXPECT_EQ(scenario->entryCount(), 0u);
-    EXPECT_EQ(ask(*scenario, "1003"), kNoAnswer);
-    EXPECT_TRUE(log.lines().empty());
-  }
-}
-
-TEST_F(ScenarioTest, Load_OfHugeLongAndDeeplyNestedScenariosKeepsEveryEntryWhole) {
-  // 20,000 requests in the bucket of "22" with 1,000-character responses
-  // (about 20 MB), a 1 MB request with a 4 MB response, and an event 100,000
-  // elements deep.
-  const std::string payload(1000, 'A'), longRequest = "2E" + std::string(1 << 20, 'F');
-  const std::string longResponse(4 << 20, '7');
-  ScenarioFile content;
-  char request[16];
-  for (int i = 0; i < 20000; ++i) {
-    std::snprintf(request, sizeof request, "22%04X", i);
-    content.event(request, {request + payload});
-  }
-  std::string open, close;
-  for (int i = 0; i < 100000; ++i)
-    open += "<D>", close += "</D>";
-  auto scenario = loaded(content.event(longRequest, {longResponse})
-                             .raw(open +
-                                  "<EVENEMENT><REQUETE><T>3E00</T></REQUETE><REPONSE>"
-                                  "<TRAME>7E00</TRAME></REPONSE></EVENEMENT>" +
-                                  close));
-  EXPECT_EQ(scenario->entryCount(), 20002u);
-  EXPECT_EQ(ask(*scenario, "220000"), "220000" + payload);
-  EXPECT_EQ(ask(*scenario, "224E1F"), "224E1F" + payload);
-  EXPECT_TRUE(ask(*scenario, longRequest) == longResponse) << "the whole response comes back";
-  EXPECT_EQ(ask(*scenario, "3E00"), "7E00");
-}
-
-TEST_F(ScenarioTest, Lookups_FromSeveralThreadsAdvanceTheRotationOnceEachAndSurviveReloads) {
-  auto scenario = loaded(ScenarioFile().event("22F190", {"EVEN", "ODD"}).event("1003", {"D"}));
-  std::atomic<int> even{0}, odd{0}, wrong{0};
-  std::atomic<bool> done{false};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t)
-    threads.emplace_back([&] {
-      for (int i = 0; i < 5000; ++i)
-        ++(ask(*scenario, "22F190") == "EVEN" ? even : odd);
-    });
-  for (auto &thread : threads)
-    thread.join();
-  EXPECT_EQ(even, 10000);
-  EXPECT_EQ(odd, 10000);
-
-  // Readers during reloads on another thread always see a whole table.
-  threads.clear();
-  for (int t = 0; t < 2; ++t)
-    threads.emplace_back([&] {
-      while (!done) {
-        const std::string answer = ask(*scenario, "22F190");
-        wrong += (answer != "EVEN" && answer != "ODD") + (ask(*scenario, "1003") != "D");
-      }
-    });
-  for (int edit = 1; edit <= 2000; ++edit) {
-    setModificationTime(file, 1000000 + edit);
-    ask(*scenario, "1003");
-  }
-  done = true;
-  for (auto &thread : threads)
-    thread.join();
-  EXPECT_EQ(wrong, 0);
 }
 
 TEST_F(SimuECUTest, Construction_OnAnUnreachableFileLeavesAnEcuSilentForGood) {
@@ -302,21 +153,6 @@ TEST_F(SimuECUTest, Dialog_OnlyTheExactTextFalseClosesItUntilTheFileIsEdited) {
   EXPECT_FALSE(ecu->isDialogOpen());
   save(ScenarioFile().event("1003", {"5003"}).xml(), 10);
   EXPECT_TRUE(ecu->isDialogOpen()) << "entry removed";
-}
-
-TEST_F(SimuECUTest, GetResponse_AdvancesTheDialogRotationFirstThenLooksUpTheRequest) {
-  auto ecu = ecuOn(dialog({"TRUE", "FALSE"}));
-  EXPECT_EQ(answer(*ecu, "1003"), "5003");
-  EXPECT_EQ(answer(*ecu, "1003"), kNoAnswer);
-  EXPECT_EQ(answer(*ecu, "1003"), "5003");
-  EXPECT_FALSE(ecu->isDialogOpen()) << "a dialog check advances the same rotation";
-  EXPECT_EQ(answer(*ecu, "1003"), "5003");
-  // One pattern matches both look-ups: the dialog check takes one text, the
-  // request the next.
-  ecu = ecuOn(ScenarioFile().event("OP*", {"T1", "T2", "T3"}).xml());
-  EXPECT_EQ(answer(*ecu, "OPXX"), "T2");
-  EXPECT_EQ(answer(*ecu, "OPXX"), "T1");
-  EXPECT_EQ(answer(*ecu, "OPXX"), "T3");
 }
 
 // The line an answer names is its EVENEMENT's, counted in the file as

@@ -3,8 +3,6 @@
 #include "support/BusFixture.h"
 #include "support/EventRecords.h"
 
-#include <atomic>
-#include <thread>
 #include <vector>
 
 using namespace bus_test;
@@ -158,25 +156,4 @@ TEST_F(BenchInjection, ElementsWithMissingOrUnknownValuesAreSkippedWithALineNami
   CAN_EventDrv *event = nullptr;
   uint32_t pending = 0;
   EXPECT_EQ(CAN_DrvRxMsg(&event, &pending, 1), E_NO_EVENT);
-}
-
-// A re-read arms the table on the thread in CAN_DrvRxMsg while another
-// thread's calls take entries out of it; each arming answers one call.
-TEST_F(BenchInjection, ReArmingOnTheReaderThreadIsSafeBesideCallsThatTakeEntries) {
-  const std::string fault = inject("CAN_DevGetVersion", "E_DISCONNECTED");
-  start(fault);
-  std::atomic<bool> done{false};
-  int answered = 0;
-  std::thread caller([&] {
-    while (!done.load())
-      answered += getVersion() == E_DISCONNECTED;
-  });
-  constexpr int kReReads = 50;
-  for (int i = 0; i < kReReads; ++i)
-    edit(fault);
-  done = true;
-  caller.join();
-  answered += getVersion() == E_DISCONNECTED;
-  EXPECT_GE(answered, 1);
-  EXPECT_LE(answered, kReReads + 1);
 }

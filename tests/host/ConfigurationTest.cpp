@@ -39,10 +39,14 @@ const std::string noConsole = ConfigurationFile().xml();
 
 } // namespace
 
-// The reader's rules for such a path (never read again) are checked in tests/core.
-TEST_F(Configuration, AnUnreachableFileIsLoggedOnceAndInitSucceeds) {
+// An unreachable path is forgotten: a file made there afterwards is never
+// read, and the path is logged once.
+TEST_F(Configuration, AnUnreachableFileIsLoggedOnceAndNeverReadAgain) {
   ASSERT_EQ(CAN_DrvInit(path.c_str()), E_SUCCESS);
   poll();
+  save(nestedConsole, 1000000);
+  poll();
+  EXPECT_FALSE(consoleMode());
   EXPECT_EQ(log.count("is unreachable"), 1u);
 }
 

@@ -1,5 +1,5 @@
 // The driver event queue as a host sees it through the exports. Injected
-// events and their order are checked with the injection table (tests/api).
+// events and their order are checked with the bench injections (host).
 #include "cansimu/cansimu.h"
 #include "support/EventRecords.h"
 
@@ -29,26 +29,6 @@ protected:
 };
 
 } // namespace
-
-TEST_F(DriverQueue, NullPointersGive21BeforeTheTimeoutCheckGives4) {
-  EXPECT_EQ(CAN_DrvRxMsg(nullptr, &pending, 10), E_NULL_POINTER);
-  EXPECT_EQ(CAN_DrvRxMsg(&event, nullptr, 10), E_NULL_POINTER);
-  EXPECT_EQ(CAN_DrvRxMsg(nullptr, &pending, 0), E_NULL_POINTER);
-  EXPECT_EQ(CAN_DrvRxMsg(&event, &pending, 0), E_INVALID);
-  EXPECT_EQ(pending, 99u) << "a refused call writes nothing";
-}
-
-// 0xFFFFFFFF ms overflows a signed 32-bit microsecond count: the reader still
-// waits (and is woken), it does not return at once.
-TEST_F(DriverQueue, EndFifoFromAnotherThreadWakesABlockedReaderWithAllZeroWords) {
-  std::thread other = endFifoAfter(std::chrono::milliseconds(100));
-  const CAN_STATUS status = read(0xFFFFFFFFu);
-  other.join();
-  ASSERT_EQ(status, E_SUCCESS);
-  EXPECT_TRUE(isEndMarker(*event));
-  EXPECT_EQ(pending, 0u);
-  CAN_DrvFreeRxMsg(event);
-}
 
 TEST_F(DriverQueue, AnEmptyQueueGives3AfterTheTimeoutOrAtOnceOnTheStaleSignal) {
   event = reinterpret_cast<CAN_EventDrv *>(this);

@@ -44,21 +44,6 @@ TEST_F(TDomDataTest, Load_ThatFailsDropsTheDocumentLoadedBefore) {
   EXPECT_FALSE(node.getSubNodesByTagName(L"A", found, true));
 }
 
-TEST_F(TDomDataTest, GetSubNodesByTagName_FindsElementsAtAnyDepthInDocumentOrder) {
-  TDomData document =
-      loadText("<R><X n='1'/><S><X n='2'><X n='3'/></X></S><x n='lower'/><X n='4'/></R>");
-  ACE_Array<TDomData> found;
-  document.getSubNodesByTagName(L"X", found, true);
-  ASSERT_EQ(found.size(), 4u);
-  for (size_t i = 0; i < found.size(); ++i) {
-    ACE_WString n;
-    found[i].getAttributeValue(L"n", n);
-    EXPECT_EQ(narrow(n), std::to_string(i + 1));
-  }
-  document.getSubNodesByTagName(L"NONE", found, true);
-  EXPECT_EQ(found.size(), 0u) << "the array is refilled, not appended to";
-}
-
 // Copies share the document: found nodes stay readable after the node they
 // came from is gone (checked by the address sanitizer too).
 TEST_F(TDomDataTest, NodesOutliveTheDocumentNodeTheyCameFrom) {

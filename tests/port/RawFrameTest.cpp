@@ -3,7 +3,6 @@
 #include "support/BusFixture.h"
 
 #include <string>
-#include <thread>
 #include <vector>
 
 using namespace bus_test;
@@ -90,18 +89,4 @@ TEST_F(RawFrames, AFrameLongerThanEightBytesIsRefusedUnread) {
   EXPECT_EQ(log.count("frame length 4294967295 is above 8 bytes"), 1u);
   EXPECT_EQ(log.count("CAN frame"), 0u);
   EXPECT_TRUE(portQueueIsEmpty());
-}
-
-TEST_F(RawFrames, AReaderBlockedOnThePortWakesWithAFrameSentFromAnotherThread) {
-  start(ecu("7E0", "7E8", ScenarioFile().event("3E00", {"7E00"}), "engine"), 2);
-  CAN_EventPort *event = nullptr;
-  uint32_t pending = 0;
-  CAN_STATUS status = E_INVALID;
-  std::thread reader([&] { status = CAN_PrtRxMsg(port, &event, &pending, 10000); });
-  const CAN_FramePort request = frameTo(0x7E0, {0x3E, 0x00});
-  EXPECT_EQ(CAN_PrtSendTrame(port, &request, &detail), E_SUCCESS);
-  reader.join();
-  PortEvent received(event);
-  ASSERT_EQ(status, E_SUCCESS);
-  EXPECT_EQ(frameHex(*received), "7E00");
 }
