@@ -3,7 +3,7 @@
 // through this, never through the library's internals.
 #pragma once
 
-#include "LibraryLoader.h"
+#include "system/LibraryLoader.h"
 #include "cansimu/cansimu.h"
 
 #include <string>

@@ -1,6 +1,6 @@
 #include "CancellableWait.h"
 
-#include "Console.h"
+#include "system/Console.h"
 
 #include <chrono>
 

@@ -5,7 +5,7 @@
 // export, and the shell tells a tester whether one is still waiting.
 #pragma once
 
-#include "LibraryLoader.h"
+#include "system/LibraryLoader.h"
 #include "cansimu/cansimu.h"
 
 #include <atomic>

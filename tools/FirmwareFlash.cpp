@@ -1,6 +1,6 @@
 #include "FirmwareFlash.h"
 
-#include "Console.h"
+#include "system/Console.h"
 #include "Output.h"
 #include "ProgressBar.h"
 #include "Records.h"

@@ -1,6 +1,6 @@
 #include "LibraryLookup.h"
 
-#include "LibraryLoader.h"
+#include "system/LibraryLoader.h"
 
 #include <cstdlib>
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "LogFollower.h"
 
-#include "LibraryLoader.h"
+#include "system/LibraryLoader.h"
 
 #include <chrono>
 #include <cstdio>

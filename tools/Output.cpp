@@ -1,6 +1,6 @@
 #include "Output.h"
 
-#include "Console.h"
+#include "system/Console.h"
 #include "StatusNames.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "PythonPackage.h"
 
-#include "LibraryLoader.h"
+#include "system/LibraryLoader.h"
 #include "LibraryLookup.h"
-#include "RunProgram.h"
+#include "system/RunProgram.h"
 
 #include <cstdlib>
 #include <filesystem>

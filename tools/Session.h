@@ -5,7 +5,7 @@
 
 #include "CancellableWait.h"
 #include "DriverApi.h"
-#include "LibraryLoader.h"
+#include "system/LibraryLoader.h"
 
 #include <memory>
 #include <string>

@@ -5,7 +5,7 @@
 #include "Command.h"
 #include "Errors.h"
 #include "Help.h"
-#include "LibraryLoader.h"
+#include "system/LibraryLoader.h"
 #include "Output.h"
 
 #include <cstdio>

@@ -1,5 +1,5 @@
 // CANSIMU_LOG as a host process has it when it loads the library.
-#include "LibraryLoader.h"
+#include "system/LibraryLoader.h"
 #include "cansimu/cansimu.h"
 #include "support/TempDir.h"
 

@@ -5,7 +5,7 @@
 #include "Command.h"
 #include "Errors.h"
 #include "InjectionNames.h"
-#include "LibraryLoader.h"
+#include "system/LibraryLoader.h"
 #include "LibraryLookup.h"
 #include "Output.h"
 #include "Paths.h"

@@ -2,7 +2,7 @@
 // same commands read from a file or a pipe script a session.
 #include "Bus.h"
 #include "Command.h"
-#include "Console.h"
+#include "system/Console.h"
 #include "DeviceSteps.h"
 #include "Errors.h"
 #include "FirmwareFlash.h"

@@ -1,4 +1,4 @@
-#include "RunProgram.h"
+#include "system/RunProgram.h"
 
 #include "Errors.h"
 

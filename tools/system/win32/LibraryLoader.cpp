@@ -1,4 +1,4 @@
-#include "LibraryLoader.h"
+#include "system/LibraryLoader.h"
 
 #include <stdlib.h>
 #include <windows.h>

@@ -1,4 +1,4 @@
-#include "Console.h"
+#include "system/Console.h"
 
 #include <atomic>
 #include <cstdlib>
