@@ -2,7 +2,7 @@
 
 #include "EmbeddedExamples.h"
 #include "Errors.h"
-#include "LibraryLookup.h"
+#include "library/LibraryLookup.h"
 #include "Paths.h"
 
 #include <algorithm>

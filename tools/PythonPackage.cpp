@@ -1,7 +1,7 @@
 #include "PythonPackage.h"
 
 #include "system/LibraryLoader.h"
-#include "LibraryLookup.h"
+#include "library/LibraryLookup.h"
 #include "system/RunProgram.h"
 
 #include <cstdlib>

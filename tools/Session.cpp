@@ -2,7 +2,7 @@
 
 #include "DeviceSteps.h"
 #include "Errors.h"
-#include "LibraryLookup.h"
+#include "library/LibraryLookup.h"
 #include "Output.h"
 #include "Paths.h"
 #include "Records.h"

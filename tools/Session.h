@@ -4,7 +4,7 @@
 #pragma once
 
 #include "CancellableWait.h"
-#include "DriverApi.h"
+#include "library/DriverApi.h"
 #include "system/LibraryLoader.h"
 
 #include <memory>

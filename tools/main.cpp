@@ -1,6 +1,6 @@
 // cansimu: a command-line host for the simulated interface box. It loads the
 // library at run time, as a diagnostic application does, and drives it.
-#include "AceRuntime.h"
+#include "library/AceRuntime.h"
 #include "Arguments.h"
 #include "Command.h"
 #include "Errors.h"

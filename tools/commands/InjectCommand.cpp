@@ -6,7 +6,7 @@
 #include "Errors.h"
 #include "InjectionNames.h"
 #include "system/LibraryLoader.h"
-#include "LibraryLookup.h"
+#include "library/LibraryLookup.h"
 #include "Output.h"
 #include "Paths.h"
 

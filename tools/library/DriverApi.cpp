@@ -1,4 +1,4 @@
-#include "DriverApi.h"
+#include "library/DriverApi.h"
 
 bool DriverApi::resolve(const LibraryLoader &library, std::string &missing) {
   missing.clear();

@@ -1,4 +1,4 @@
-#include "AceRuntime.h"
+#include "library/AceRuntime.h"
 
 #include <ace/Init_ACE.h>
 

@@ -1,4 +1,4 @@
-#include "LibraryLookup.h"
+#include "library/LibraryLookup.h"
 
 #include "system/LibraryLoader.h"
 
