@@ -4,7 +4,7 @@
 #include "Errors.h"
 #include "Output.h"
 #include "Records.h"
-#include "StatusNames.h"
+#include "names/StatusNames.h"
 #include "core/HexText.h"
 
 #include <algorithm>

@@ -2,10 +2,10 @@
 
 #include "BenchFile.h"
 #include "FrameText.h"
-#include "InjectionNames.h"
+#include "names/InjectionNames.h"
 #include "Paths.h"
 #include "StateChecks.h"
-#include "StatusNames.h"
+#include "names/StatusNames.h"
 #include "core/BenchOutputs.h"
 #include "ecu/Scenario.h"
 #include "platform/CodePage.h"

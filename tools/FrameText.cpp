@@ -1,6 +1,6 @@
 #include "FrameText.h"
 
-#include "DiagnosticNames.h"
+#include "names/DiagnosticNames.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #include "Output.h"
 
 #include "system/Console.h"
-#include "StatusNames.h"
+#include "names/StatusNames.h"
 
 #include <algorithm>
 #include <cstdio>

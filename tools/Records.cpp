@@ -1,7 +1,7 @@
 #include "Records.h"
 
 #include "FrameText.h"
-#include "StatusNames.h"
+#include "names/StatusNames.h"
 
 #include <cmath>
 #include <cstdint>

@@ -5,9 +5,9 @@
 #include "Command.h"
 #include "Errors.h"
 #include "FrameText.h"
-#include "InjectionNames.h"
+#include "names/InjectionNames.h"
 #include "Records.h"
-#include "StatusNames.h"
+#include "names/StatusNames.h"
 
 #include <gtest/gtest.h>
 

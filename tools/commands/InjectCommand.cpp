@@ -4,7 +4,7 @@
 #include "BenchFile.h"
 #include "Command.h"
 #include "Errors.h"
-#include "InjectionNames.h"
+#include "names/InjectionNames.h"
 #include "system/LibraryLoader.h"
 #include "library/LibraryLookup.h"
 #include "Output.h"

@@ -6,11 +6,11 @@
 #include "DeviceSteps.h"
 #include "Errors.h"
 #include "FirmwareFlash.h"
-#include "InjectionNames.h"
+#include "names/InjectionNames.h"
 #include "LogFollower.h"
 #include "Output.h"
 #include "Session.h"
-#include "StatusNames.h"
+#include "names/StatusNames.h"
 
 #include <chrono>
 #include <cstdio>

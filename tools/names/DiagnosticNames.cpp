@@ -1,4 +1,4 @@
-#include "DiagnosticNames.h"
+#include "names/DiagnosticNames.h"
 
 namespace {
 

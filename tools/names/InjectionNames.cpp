@@ -1,6 +1,6 @@
-#include "InjectionNames.h"
+#include "names/InjectionNames.h"
 
-#include "StatusNames.h"
+#include "names/StatusNames.h"
 #include "api/StatusInjection.h"
 
 #include <algorithm>

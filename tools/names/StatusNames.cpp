@@ -1,4 +1,4 @@
-#include "StatusNames.h"
+#include "names/StatusNames.h"
 
 #include <cerrno>
 #include <cstdlib>
