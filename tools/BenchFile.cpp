@@ -1,6 +1,6 @@
 #include "BenchFile.h"
 
-#include "FrameText.h"
+#include "output/FrameText.h"
 #include "core/NumberText.h"
 #include "platform/CodePage.h"
 

@@ -2,8 +2,8 @@
 
 #include "DeviceSteps.h"
 #include "Errors.h"
-#include "Output.h"
-#include "Records.h"
+#include "output/Output.h"
+#include "output/Records.h"
 #include "names/StatusNames.h"
 #include "core/HexText.h"
 

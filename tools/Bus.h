@@ -5,7 +5,7 @@
 #pragma once
 
 #include "BenchFile.h"
-#include "FrameText.h"
+#include "output/FrameText.h"
 #include "Session.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "DeviceSteps.h"
 
-#include "Output.h"
-#include "Records.h"
+#include "output/Output.h"
+#include "output/Records.h"
 
 #include <chrono>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #include "FileChecks.h"
 
 #include "BenchFile.h"
-#include "FrameText.h"
+#include "output/FrameText.h"
 #include "names/InjectionNames.h"
 #include "Paths.h"
 #include "StateChecks.h"

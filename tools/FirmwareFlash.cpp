@@ -1,9 +1,9 @@
 #include "FirmwareFlash.h"
 
 #include "system/Console.h"
-#include "Output.h"
-#include "ProgressBar.h"
-#include "Records.h"
+#include "output/Output.h"
+#include "output/ProgressBar.h"
+#include "output/Records.h"
 
 #include <atomic>
 #include <cstdio>

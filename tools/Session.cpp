@@ -3,9 +3,9 @@
 #include "DeviceSteps.h"
 #include "Errors.h"
 #include "library/LibraryLookup.h"
-#include "Output.h"
+#include "output/Output.h"
 #include "Paths.h"
-#include "Records.h"
+#include "output/Records.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -6,7 +6,7 @@
 #include "Errors.h"
 #include "Help.h"
 #include "system/LibraryLoader.h"
-#include "Output.h"
+#include "output/Output.h"
 
 #include <cstdio>
 #include <filesystem>

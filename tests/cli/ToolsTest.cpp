@@ -4,9 +4,9 @@
 #include "BenchFile.h"
 #include "Command.h"
 #include "Errors.h"
-#include "FrameText.h"
+#include "output/FrameText.h"
 #include "names/InjectionNames.h"
-#include "Records.h"
+#include "output/Records.h"
 #include "names/StatusNames.h"
 
 #include <gtest/gtest.h>

@@ -5,7 +5,7 @@
 #include "DeviceSteps.h"
 #include "Errors.h"
 #include "LogFollower.h"
-#include "Output.h"
+#include "output/Output.h"
 #include "Session.h"
 
 #include <chrono>

@@ -3,7 +3,7 @@
 #include "Command.h"
 #include "Errors.h"
 #include "FileChecks.h"
-#include "Output.h"
+#include "output/Output.h"
 
 #include <algorithm>
 #include <cctype>

@@ -6,8 +6,8 @@
 #include "Errors.h"
 #include "ExampleBench.h"
 #include "FirmwareFlash.h"
-#include "Output.h"
-#include "Records.h"
+#include "output/Output.h"
+#include "output/Records.h"
 #include "Session.h"
 
 #include <chrono>

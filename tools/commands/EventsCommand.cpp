@@ -2,8 +2,8 @@
 #include "Bus.h"
 #include "Command.h"
 #include "Errors.h"
-#include "Output.h"
-#include "Records.h"
+#include "output/Output.h"
+#include "output/Records.h"
 #include "Session.h"
 
 #include <atomic>

@@ -2,7 +2,7 @@
 #include "Command.h"
 #include "Errors.h"
 #include "ExampleBench.h"
-#include "Output.h"
+#include "output/Output.h"
 
 #include <cstdio>
 

@@ -3,7 +3,7 @@
 #include "DeviceSteps.h"
 #include "Errors.h"
 #include "FirmwareFlash.h"
-#include "Output.h"
+#include "output/Output.h"
 #include "Paths.h"
 #include "Session.h"
 

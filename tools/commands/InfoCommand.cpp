@@ -1,8 +1,8 @@
 // info: what the box tells a host about itself, as a small table.
 #include "Command.h"
 #include "Errors.h"
-#include "Output.h"
-#include "Records.h"
+#include "output/Output.h"
+#include "output/Records.h"
 #include "Session.h"
 #include "XmlSource.h"
 #include "core/BenchOutputs.h"

@@ -7,7 +7,7 @@
 #include "names/InjectionNames.h"
 #include "system/LibraryLoader.h"
 #include "library/LibraryLookup.h"
-#include "Output.h"
+#include "output/Output.h"
 #include "Paths.h"
 
 #include <cstdio>

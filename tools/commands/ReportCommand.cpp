@@ -3,7 +3,7 @@
 #include "Command.h"
 #include "Errors.h"
 #include "Json.h"
-#include "Output.h"
+#include "output/Output.h"
 
 #include <cstdio>
 #include <fstream>

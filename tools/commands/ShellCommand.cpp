@@ -8,7 +8,7 @@
 #include "FirmwareFlash.h"
 #include "names/InjectionNames.h"
 #include "LogFollower.h"
-#include "Output.h"
+#include "output/Output.h"
 #include "Session.h"
 #include "names/StatusNames.h"
 

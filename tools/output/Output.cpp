@@ -1,4 +1,4 @@
-#include "Output.h"
+#include "output/Output.h"
 
 #include "system/Console.h"
 #include "names/StatusNames.h"

@@ -1,4 +1,4 @@
-#include "FrameText.h"
+#include "output/FrameText.h"
 
 #include "names/DiagnosticNames.h"
 

@@ -1,4 +1,4 @@
-#include "ProgressBar.h"
+#include "output/ProgressBar.h"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
-#include "Records.h"
+#include "output/Records.h"
 
-#include "FrameText.h"
+#include "output/FrameText.h"
 #include "names/StatusNames.h"
 
 #include <cmath>
