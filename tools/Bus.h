@@ -4,7 +4,7 @@
 // are printed. Answers are decoded for a person either way.
 #pragma once
 
-#include "BenchFile.h"
+#include "files/BenchFile.h"
 #include "output/FrameText.h"
 #include "Session.h"
 

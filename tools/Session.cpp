@@ -4,7 +4,7 @@
 #include "Errors.h"
 #include "library/LibraryLookup.h"
 #include "output/Output.h"
-#include "Paths.h"
+#include "files/Paths.h"
 #include "output/Records.h"
 
 #include <cstdio>

@@ -1,7 +1,7 @@
 // The program's own parsing and wording, where a slip would show a tester a
 // wrong value: codes typed in the shell, event payloads, the command line.
 #include "Arguments.h"
-#include "BenchFile.h"
+#include "files/BenchFile.h"
 #include "Command.h"
 #include "Errors.h"
 #include "output/FrameText.h"

@@ -2,7 +2,7 @@
 // mistakes it passes over in silence reported compiler-style.
 #include "Command.h"
 #include "Errors.h"
-#include "FileChecks.h"
+#include "files/FileChecks.h"
 #include "output/Output.h"
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 #include "Command.h"
 #include "DeviceSteps.h"
 #include "Errors.h"
-#include "ExampleBench.h"
+#include "files/ExampleBench.h"
 #include "FirmwareFlash.h"
 #include "output/Output.h"
 #include "output/Records.h"

@@ -1,7 +1,7 @@
 // examples: hands out the built-in bench, to copy and edit.
 #include "Command.h"
 #include "Errors.h"
-#include "ExampleBench.h"
+#include "files/ExampleBench.h"
 #include "output/Output.h"
 
 #include <cstdio>

@@ -4,7 +4,7 @@
 #include "Errors.h"
 #include "FirmwareFlash.h"
 #include "output/Output.h"
-#include "Paths.h"
+#include "files/Paths.h"
 #include "Session.h"
 
 namespace {

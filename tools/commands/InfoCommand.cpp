@@ -4,7 +4,7 @@
 #include "output/Output.h"
 #include "output/Records.h"
 #include "Session.h"
-#include "XmlSource.h"
+#include "files/XmlSource.h"
 #include "core/BenchOutputs.h"
 #include "platform/CodePage.h"
 

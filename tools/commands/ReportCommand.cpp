@@ -2,7 +2,7 @@
 // and for a CI server.
 #include "Command.h"
 #include "Errors.h"
-#include "Json.h"
+#include "files/Json.h"
 #include "output/Output.h"
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "PythonPackage.h"
+#include "files/PythonPackage.h"
 
 #include "system/LibraryLoader.h"
 #include "library/LibraryLookup.h"

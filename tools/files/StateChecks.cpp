@@ -1,4 +1,4 @@
-#include "StateChecks.h"
+#include "files/StateChecks.h"
 
 #include "ecu/EcuState.h"
 #include "ecu/EntryRules.h"

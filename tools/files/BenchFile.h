@@ -2,7 +2,7 @@
 // build the host's association table and to name the ECUs.
 #pragma once
 
-#include "XmlSource.h"
+#include "files/XmlSource.h"
 
 #include <cstdint>
 #include <string>

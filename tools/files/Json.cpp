@@ -1,4 +1,4 @@
-#include "Json.h"
+#include "files/Json.h"
 
 #include <cstdlib>
 #include <stdexcept>

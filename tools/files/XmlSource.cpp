@@ -1,6 +1,6 @@
-#include "XmlSource.h"
+#include "files/XmlSource.h"
 
-#include "Paths.h"
+#include "files/Paths.h"
 #include "platform/CodePage.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "BenchEdit.h"
+#include "files/BenchEdit.h"
 
 #include "Errors.h"
 

@@ -3,7 +3,7 @@
 // own readers, and the entries their state can never admit.
 #pragma once
 
-#include "FileChecks.h"
-#include "XmlSource.h"
+#include "files/FileChecks.h"
+#include "files/XmlSource.h"
 
 void checkScenarioState(const XmlSource &file, FileReport &report);

@@ -4,7 +4,7 @@
 // overlaps between patterns.
 #pragma once
 
-#include "XmlSource.h"
+#include "files/XmlSource.h"
 
 #include <string>
 #include <vector>

@@ -1,9 +1,9 @@
-#include "ExampleBench.h"
+#include "files/ExampleBench.h"
 
 #include "EmbeddedExamples.h"
 #include "Errors.h"
 #include "library/LibraryLookup.h"
-#include "Paths.h"
+#include "files/Paths.h"
 
 #include <algorithm>
 #include <cstdio>

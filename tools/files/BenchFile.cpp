@@ -1,4 +1,4 @@
-#include "BenchFile.h"
+#include "files/BenchFile.h"
 
 #include "output/FrameText.h"
 #include "core/NumberText.h"
