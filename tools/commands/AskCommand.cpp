@@ -1,12 +1,12 @@
 // ask: the dry run of a scenario: what an ECU answers to a request, right
 // now, through a real channel (or the raw frame path) of the library.
-#include "Bus.h"
+#include "session/Bus.h"
 #include "Command.h"
-#include "DeviceSteps.h"
+#include "session/DeviceSteps.h"
 #include "Errors.h"
-#include "LogFollower.h"
+#include "session/LogFollower.h"
 #include "output/Output.h"
-#include "Session.h"
+#include "session/Session.h"
 
 #include <chrono>
 #include <cstdio>

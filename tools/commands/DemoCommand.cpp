@@ -1,14 +1,14 @@
 // demo: a guided host session over the example bench, one line per call:
 // the box first, then a diagnostic session on its port.
-#include "Bus.h"
+#include "session/Bus.h"
 #include "Command.h"
-#include "DeviceSteps.h"
+#include "session/DeviceSteps.h"
 #include "Errors.h"
 #include "files/ExampleBench.h"
-#include "FirmwareFlash.h"
+#include "session/FirmwareFlash.h"
 #include "output/Output.h"
 #include "output/Records.h"
-#include "Session.h"
+#include "session/Session.h"
 
 #include <chrono>
 #include <cstdio>

@@ -1,10 +1,10 @@
 // events: the driver, device and port queues, printed as events arrive.
-#include "Bus.h"
+#include "session/Bus.h"
 #include "Command.h"
 #include "Errors.h"
 #include "output/Output.h"
 #include "output/Records.h"
-#include "Session.h"
+#include "session/Session.h"
 
 #include <atomic>
 #include <chrono>

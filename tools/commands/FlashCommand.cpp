@@ -1,11 +1,11 @@
 // flash: one firmware download with its progress bar.
 #include "Command.h"
-#include "DeviceSteps.h"
+#include "session/DeviceSteps.h"
 #include "Errors.h"
-#include "FirmwareFlash.h"
+#include "session/FirmwareFlash.h"
 #include "output/Output.h"
 #include "files/Paths.h"
-#include "Session.h"
+#include "session/Session.h"
 
 namespace {
 

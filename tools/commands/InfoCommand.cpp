@@ -3,7 +3,7 @@
 #include "Errors.h"
 #include "output/Output.h"
 #include "output/Records.h"
-#include "Session.h"
+#include "session/Session.h"
 #include "files/XmlSource.h"
 #include "core/BenchOutputs.h"
 #include "platform/CodePage.h"

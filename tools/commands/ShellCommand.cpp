@@ -1,15 +1,15 @@
 // shell: an interactive console over one session, one command a line; the
 // same commands read from a file or a pipe script a session.
-#include "Bus.h"
+#include "session/Bus.h"
 #include "Command.h"
 #include "system/Console.h"
-#include "DeviceSteps.h"
+#include "session/DeviceSteps.h"
 #include "Errors.h"
-#include "FirmwareFlash.h"
+#include "session/FirmwareFlash.h"
 #include "names/InjectionNames.h"
-#include "LogFollower.h"
+#include "session/LogFollower.h"
 #include "output/Output.h"
-#include "Session.h"
+#include "session/Session.h"
 #include "names/StatusNames.h"
 
 #include <chrono>

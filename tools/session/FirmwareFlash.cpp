@@ -1,4 +1,4 @@
-#include "FirmwareFlash.h"
+#include "session/FirmwareFlash.h"
 
 #include "system/Console.h"
 #include "output/Output.h"

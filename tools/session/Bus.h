@@ -6,7 +6,7 @@
 
 #include "files/BenchFile.h"
 #include "output/FrameText.h"
-#include "Session.h"
+#include "session/Session.h"
 
 #include <cstdint>
 #include <functional>

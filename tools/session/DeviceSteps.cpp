@@ -1,4 +1,4 @@
-#include "DeviceSteps.h"
+#include "session/DeviceSteps.h"
 
 #include "output/Output.h"
 #include "output/Records.h"

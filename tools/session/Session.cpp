@@ -1,6 +1,6 @@
-#include "Session.h"
+#include "session/Session.h"
 
-#include "DeviceSteps.h"
+#include "session/DeviceSteps.h"
 #include "Errors.h"
 #include "library/LibraryLookup.h"
 #include "output/Output.h"

@@ -1,4 +1,4 @@
-#include "CancellableWait.h"
+#include "session/CancellableWait.h"
 
 #include "system/Console.h"
 

@@ -1,6 +1,6 @@
-#include "Bus.h"
+#include "session/Bus.h"
 
-#include "DeviceSteps.h"
+#include "session/DeviceSteps.h"
 #include "Errors.h"
 #include "output/Output.h"
 #include "output/Records.h"

@@ -1,4 +1,4 @@
-#include "LogFollower.h"
+#include "session/LogFollower.h"
 
 #include "system/LibraryLoader.h"
 

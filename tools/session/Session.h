@@ -3,7 +3,7 @@
 // driver, ended when the session goes. Every command builds on it.
 #pragma once
 
-#include "CancellableWait.h"
+#include "session/CancellableWait.h"
 #include "library/DriverApi.h"
 #include "system/LibraryLoader.h"
 

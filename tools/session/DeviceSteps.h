@@ -2,7 +2,7 @@
 // session and prints it as one line with its status and what it answered.
 #pragma once
 
-#include "Session.h"
+#include "session/Session.h"
 
 #include <cstdint>
 

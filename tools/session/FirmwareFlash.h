@@ -5,7 +5,7 @@
 // read again and an unplugged box shows while the download runs.
 #pragma once
 
-#include "Session.h"
+#include "session/Session.h"
 
 #include <cstdint>
 #include <string>
