@@ -121,3 +121,17 @@ unsigned readDriverEvents(const Session &session, uint32_t timeoutMs, bool quiet
       [&](CAN_EventDrv *event) { api.DrvFreeRxMsg(event); }, [&] { api.DrvEndFifo(); },
       describeDriverEvent);
 }
+
+CAN_STATUS reserveDevice(Session &session, bool quiet, const std::string &name) {
+  const CAN_STATUS reserved = session.reserve(quiet, name);
+  if (reserved != E_SUCCESS)
+    return reserved;
+  // The configured connection state reaches a host with its first device
+  // read, and a re-read configuration with a driver read before it. Both
+  // reads wait 1 ms: what they are for is queued already, or appears within
+  // the read itself.
+  constexpr uint32_t kStartReadMs = 1;
+  readDriverEvents(session, kStartReadMs, quiet);
+  readDeviceEvents(session, kStartReadMs, kAnyEvent, quiet);
+  return reserved;
+}

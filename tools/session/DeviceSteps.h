@@ -5,6 +5,13 @@
 #include "session/Session.h"
 
 #include <cstdint>
+#include <string>
+
+// Session::reserve, then one read of the driver and the device queues, so
+// that the state the configuration gives the box (unplugged, say) is the one
+// it shows from the first command on. Prints one line per call (`quiet`:
+// only a call that fails).
+CAN_STATUS reserveDevice(Session &session, bool quiet = false, const std::string &name = "");
 
 CAN_STATUS showVersion(const Session &session, CAN_VersionDev *answer = nullptr);
 CAN_STATUS showTension(const Session &session);

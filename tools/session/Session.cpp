@@ -1,10 +1,9 @@
 #include "session/Session.h"
 
-#include "session/DeviceSteps.h"
 #include "Errors.h"
+#include "files/Paths.h"
 #include "library/LibraryLookup.h"
 #include "output/Output.h"
-#include "files/Paths.h"
 #include "output/Records.h"
 
 #include <cstdio>
@@ -14,10 +13,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-// How long the reads after a reservation wait: what they are for is queued
-// already, or appears within the read itself.
-constexpr uint32_t kStartReadMs = 1;
 
 // The first non-blank character of an XML file (after a UTF-8 byte-order
 // mark) is '<'; anything else is not a configuration at all.
@@ -80,7 +75,7 @@ void Session::end() {
   device_ = nullptr;
 }
 
-CAN_STATUS Session::reserveDevice(bool quiet, const std::string &name) {
+CAN_STATUS Session::reserve(bool quiet, const std::string &name) {
   if (!name.empty())
     deviceName_ = name;
   else if (const CAN_STATUS listed = listDevices(quiet); listed != E_SUCCESS)
@@ -94,10 +89,6 @@ CAN_STATUS Session::reserveDevice(bool quiet, const std::string &name) {
   if (reserved != E_SUCCESS)
     return reserved;
   device_ = handle;
-  // The configured connection state reaches a host with its first device
-  // read, and a re-read configuration with a driver read before it.
-  readDriverEvents(*this, kStartReadMs, quiet);
-  readDeviceEvents(*this, kStartReadMs, kAnyEvent, quiet);
   return reserved;
 }
 

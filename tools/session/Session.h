@@ -3,8 +3,8 @@
 // driver, ended when the session goes. Every command builds on it.
 #pragma once
 
-#include "session/CancellableWait.h"
 #include "library/DriverApi.h"
+#include "session/CancellableWait.h"
 #include "system/LibraryLoader.h"
 
 #include <memory>
@@ -37,12 +37,11 @@ public:
   void end();
 
   // Lists the devices and reserves the first one by its name (or reserves
-  // `name` without listing): the handle is kept for the device calls. Then
-  // reads the driver and device queues once, so that the state the
-  // configuration gives the box (unplugged, say) is the one it shows from
-  // the first command on. Prints one line per call (`quiet`: only a call
-  // that fails).
-  CAN_STATUS reserveDevice(bool quiet = false, const std::string &name = "");
+  // `name` without listing): the handle is kept for the device calls.
+  // Prints one line per call (`quiet`: only a call that fails). The
+  // commands reserve through reserveDevice (DeviceSteps.h), which also reads
+  // the queues once.
+  CAN_STATUS reserve(bool quiet = false, const std::string &name = "");
   // CAN_DevFree on the reserved device, printed likewise.
   CAN_STATUS freeDevice(bool quiet = false);
   CAN_DEV_HANDLE device() const { return device_; }
