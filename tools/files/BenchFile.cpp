@@ -1,7 +1,7 @@
 #include "files/BenchFile.h"
 
-#include "output/FrameText.h"
 #include "core/NumberText.h"
+#include "output/FrameText.h"
 #include "platform/CodePage.h"
 
 #include <algorithm>

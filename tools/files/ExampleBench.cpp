@@ -2,8 +2,8 @@
 
 #include "EmbeddedExamples.h"
 #include "Errors.h"
-#include "library/LibraryLookup.h"
 #include "files/Paths.h"
+#include "library/LibraryLookup.h"
 
 #include <algorithm>
 #include <cstdio>

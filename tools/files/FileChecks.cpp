@@ -1,13 +1,13 @@
 #include "files/FileChecks.h"
 
-#include "files/BenchFile.h"
-#include "output/FrameText.h"
-#include "names/InjectionNames.h"
-#include "files/Paths.h"
-#include "files/StateChecks.h"
-#include "names/StatusNames.h"
 #include "core/BenchOutputs.h"
 #include "ecu/Scenario.h"
+#include "files/BenchFile.h"
+#include "files/Paths.h"
+#include "files/StateChecks.h"
+#include "names/InjectionNames.h"
+#include "names/StatusNames.h"
+#include "output/FrameText.h"
 #include "platform/CodePage.h"
 
 #include <algorithm>

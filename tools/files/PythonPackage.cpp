@@ -1,7 +1,7 @@
 #include "files/PythonPackage.h"
 
-#include "system/LibraryLoader.h"
 #include "library/LibraryLookup.h"
+#include "system/LibraryLoader.h"
 #include "system/RunProgram.h"
 
 #include <cstdlib>

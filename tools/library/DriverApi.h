@@ -5,8 +5,8 @@
 // export, and the shell tells a tester whether one is still waiting.
 #pragma once
 
-#include "system/LibraryLoader.h"
 #include "cansimu/cansimu.h"
+#include "system/LibraryLoader.h"
 
 #include <atomic>
 #include <string>

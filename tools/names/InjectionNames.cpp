@@ -1,7 +1,7 @@
 #include "names/InjectionNames.h"
 
-#include "names/StatusNames.h"
 #include "api/StatusInjection.h"
+#include "names/StatusNames.h"
 
 #include <algorithm>
 #include <cctype>

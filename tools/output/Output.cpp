@@ -1,7 +1,7 @@
 #include "output/Output.h"
 
-#include "system/Console.h"
 #include "names/StatusNames.h"
+#include "system/Console.h"
 
 #include <algorithm>
 #include <cstdio>

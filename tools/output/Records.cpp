@@ -1,7 +1,7 @@
 #include "output/Records.h"
 
-#include "output/FrameText.h"
 #include "names/StatusNames.h"
+#include "output/FrameText.h"
 
 #include <cmath>
 #include <cstdint>

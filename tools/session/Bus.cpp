@@ -1,11 +1,11 @@
 #include "session/Bus.h"
 
-#include "session/DeviceSteps.h"
 #include "Errors.h"
+#include "core/HexText.h"
+#include "names/StatusNames.h"
 #include "output/Output.h"
 #include "output/Records.h"
-#include "names/StatusNames.h"
-#include "core/HexText.h"
+#include "session/DeviceSteps.h"
 
 #include <algorithm>
 #include <cstdio>

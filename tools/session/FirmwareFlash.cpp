@@ -1,9 +1,9 @@
 #include "session/FirmwareFlash.h"
 
-#include "system/Console.h"
 #include "output/Output.h"
 #include "output/ProgressBar.h"
 #include "output/Records.h"
+#include "system/Console.h"
 
 #include <atomic>
 #include <cstdio>
