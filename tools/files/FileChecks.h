@@ -1,3 +1,4 @@
+// files/: benches and scenarios read, checked and edited; the example bench; file tasks.
 // The mistakes in benches and scenarios that the library passes over
 // without a word, found the way the library reads the files: its own XML
 // reader, and its own request hash, pattern rule and request table for the

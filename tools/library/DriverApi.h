@@ -1,3 +1,4 @@
+// library/: the library found, loaded and its exports resolved, as a host does it.
 // The library's exports, resolved by name from a loaded library: the table a
 // host keeps of the driver's entry points. Each slot has the type of the
 // header's prototype, so a call through it is checked like a direct call,

@@ -1,3 +1,4 @@
+// names/: status, event type, result code, service and injection names, read and printed.
 // Status codes, event types and result codes by name, for people:
 // "E_DISCONNECTED (7)", "DEV_TYPE_RESET (205)", "cTimeOut (2)"; and back
 // from a name typed by a tester or written in a bench.

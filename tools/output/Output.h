@@ -1,3 +1,4 @@
+// output/: the program's lines, the library's records and frames in words, progress.
 // The program's lines: one per library call, with the status by name and a
 // note in plain words, coloured only on a terminal.
 #pragma once

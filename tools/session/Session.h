@@ -1,3 +1,4 @@
+// session/: the session over the library and the steps the commands take through it.
 // One host session with the simulated box: the library loaded and its
 // exports resolved, the configuration checked, and (once started) the
 // driver, ended when the session goes. Every command builds on it.

@@ -1,3 +1,4 @@
+// system/: what differs by system (posix/, win32/): console, library loader, programs run.
 // What the program knows about where its input and output go, and Ctrl-C.
 #pragma once
 
