@@ -3,8 +3,8 @@
 // through this, never through the library's internals.
 #pragma once
 
-#include "LibraryLoader.h"
 #include "cansimu/cansimu.h"
+#include "system/LibraryLoader.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "Help.h"
 
 #include "Command.h"
-#include "LibraryLookup.h"
+#include "library/LibraryLookup.h"
 
 #include <cstdio>
 

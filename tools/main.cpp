@@ -1,12 +1,12 @@
 // cansimu: a command-line host for the simulated interface box. It loads the
 // library at run time, as a diagnostic application does, and drives it.
-#include "AceRuntime.h"
 #include "Arguments.h"
 #include "Command.h"
 #include "Errors.h"
 #include "Help.h"
-#include "LibraryLoader.h"
-#include "Output.h"
+#include "library/AceRuntime.h"
+#include "output/Output.h"
+#include "system/LibraryLoader.h"
 
 #include <cstdio>
 #include <filesystem>

@@ -2,6 +2,7 @@
 
 #include "api/StatusInjection.h"
 #include "cansimu/cansimu.h"
+#include "core/CodeNames.h"
 #include "core/LogMessage.h"
 #include "platform/CodePage.h"
 #include "platform/TDomData.h"
@@ -16,70 +17,24 @@
 
 namespace {
 
-struct NamedCode {
-  const char *name;
-  ACE_UINT32 value;
-};
-
 // The names a bench file may use for a value, with the words that describe
 // them in a log line.
-struct CodeNames {
-  const NamedCode *codes;
-  size_t count;
+struct ValueNames {
+  CodeTable codes;
   const wchar_t *description;
 };
 
-const NamedCode kStatuses[] = {
-    {"E_SUCCESS", E_SUCCESS},
-    {"E_BOARD_ERROR_1", E_BOARD_ERROR_1},
-    {"E_BOARD_ERROR_2", E_BOARD_ERROR_2},
-    {"E_NO_EVENT", E_NO_EVENT},
-    {"E_INVALID", E_INVALID},
-    {"E_ALREADY_RESERVED", E_ALREADY_RESERVED},
-    {"E_DISCONNECTED", E_DISCONNECTED},
-    {"E_NOMEM", E_NOMEM},
-    {"E_NOT_FOUND", E_NOT_FOUND},
-    {"E_BAD_FILE", E_BAD_FILE},
-    {"E_RECONF_PROGRESS", E_RECONF_PROGRESS},
-    {"E_DENIED_KERNEL_ACCESS", E_DENIED_KERNEL_ACCESS},
-    {"E_NULL_POINTER", E_NULL_POINTER},
-    {"E_KERNEL_RW_ERROR", E_KERNEL_RW_ERROR},
-    {"E_CHANNEL_REFUSED", E_CHANNEL_REFUSED},
-    {"E_BUSOFF", E_BUSOFF},
-};
-const NamedCode kDriverTypes[] = {
-    {"DRV_TYPE_ENDFIFO", DRV_TYPE_ENDFIFO},
-    {"DRV_TYPE_DEVICE_100", DRV_TYPE_DEVICE_100},
-    {"DRV_TYPE_DEVICE_101", DRV_TYPE_DEVICE_101},
-};
-const NamedCode kDeviceTypes[] = {
-    {"DEV_TYPE_ENDFIFO", DEV_TYPE_ENDFIFO},     {"DEV_TYPE_DISCONNECTED", DEV_TYPE_DISCONNECTED},
-    {"DEV_TYPE_CONNECTED", DEV_TYPE_CONNECTED}, {"DEV_TYPE_STATUS_PAIR", DEV_TYPE_STATUS_PAIR},
-    {"DEV_TYPE_CONFIG", DEV_TYPE_CONFIG},       {"DEV_TYPE_TENSION", DEV_TYPE_TENSION},
-    {"DEV_TYPE_STATUS", DEV_TYPE_STATUS},       {"DEV_TYPE_MODE", DEV_TYPE_MODE},
-    {"DEV_TYPE_RESET", DEV_TYPE_RESET},         {"DEV_TYPE_PROGRESS", DEV_TYPE_PROGRESS},
-};
-const NamedCode kPortTypes[] = {
-    {"PRT_TYPE_ENDFIFO", PRT_TYPE_ENDFIFO}, {"PRT_TYPE_CAN_PARAM", PRT_TYPE_CAN_PARAM},
-    {"PRT_TYPE_STATE", PRT_TYPE_STATE},     {"PRT_TYPE_MES_PHYS", PRT_TYPE_MES_PHYS},
-    {"PRT_TYPE_FRAME", PRT_TYPE_FRAME},
-};
-
-template <size_t N> CodeNames namesOf(const NamedCode (&codes)[N], const wchar_t *description) {
-  return CodeNames{codes, N, description};
-}
-
-const CodeNames kStatusNames = namesOf(kStatuses, L"status");
+const ValueNames kStatusNames{CodeNames::statuses(), L"status"};
 
 // What `status` means for an export: an event type of its level for the
 // three receive exports, a status for every other.
-CodeNames statusNamesFor(const ACE_CString &name) {
+ValueNames statusNamesFor(const ACE_CString &name) {
   if (name == "CAN_DrvRxMsg")
-    return namesOf(kDriverTypes, L"DRV_TYPE_ event type");
+    return ValueNames{CodeNames::driverEventTypes(), L"DRV_TYPE_ event type"};
   if (name == "CAN_DevRxMsg")
-    return namesOf(kDeviceTypes, L"DEV_TYPE_ event type");
+    return ValueNames{CodeNames::deviceEventTypes(), L"DEV_TYPE_ event type"};
   if (name == "CAN_PrtRxMsg")
-    return namesOf(kPortTypes, L"PRT_TYPE_ event type");
+    return ValueNames{CodeNames::portEventTypes(), L"PRT_TYPE_ event type"};
   return kStatusNames;
 }
 
@@ -107,7 +62,7 @@ bool readNumber(const char *text, ACE_UINT32 &value) {
 }
 
 // A number, or one of `names`; surrounding white space is ignored.
-bool readCode(const ACE_WString &text, const CodeNames &names, ACE_UINT32 &value) {
+bool readCode(const ACE_WString &text, const ValueNames &names, ACE_UINT32 &value) {
   ACE_CString narrow = toAnsiString(text);
   const char *start = narrow.c_str();
   while (*start == ' ' || *start == '\t' || *start == '\n' || *start == '\r')
@@ -118,9 +73,9 @@ bool readCode(const ACE_WString &text, const CodeNames &names, ACE_UINT32 &value
   const ACE_CString trimmed(start, length);
   if (readNumber(trimmed.c_str(), value))
     return true;
-  for (size_t i = 0; i < names.count; ++i)
-    if (trimmed == names.codes[i].name) {
-      value = names.codes[i].value;
+  for (const CodeName &code : names.codes)
+    if (trimmed == code.name) {
+      value = code.value;
       return true;
     }
   return false;
@@ -161,7 +116,7 @@ bool readElement(const TDomData &element, Injection &injection) {
     return skip(exportName, L"no export of that name takes an injection");
   if (statusText.empty())
     return skip(exportName, L"no status attribute");
-  const CodeNames statusNames = statusNamesFor(injection.name);
+  const ValueNames statusNames = statusNamesFor(injection.name);
   if (!readCode(statusText, statusNames, injection.status))
     return skip(exportName, ACE_WString(L"status <") + statusText +
                                 ACE_WString(L"> is neither a number nor a ") +

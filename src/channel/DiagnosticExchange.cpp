@@ -9,6 +9,7 @@
 #include "channel/SimuChannel.h"
 
 #include "core/BusTrace.h"
+#include "core/CodeNames.h"
 #include "core/HexText.h"
 #include "core/LogMessage.h"
 #include "core/LogText.h"
@@ -38,62 +39,6 @@ const size_t kMaxFrameBytes = 4095;
 // The short form of CAN_ChnResult ends where the frame fields begin.
 const size_t kShortResultSize = offsetof(CAN_ChnResult, frameLength);
 
-struct Named {
-  const wchar_t *name;
-  ACE_UINT32 value;
-};
-
-const Named kEventTypes[] = {
-    {L"CHN_TYPE_ENDFIFO", CHN_TYPE_ENDFIFO},
-    {L"CHN_TYPE_CRSNDDIAGFRAME", CHN_TYPE_CRSNDDIAGFRAME},
-    {L"CHN_TYPE_SEND_FAILED_LOSSOFCOM", CHN_TYPE_SEND_FAILED_LOSSOFCOM},
-    {L"CHN_TYPE_SEND_FAILED_CRNEG", CHN_TYPE_SEND_FAILED_CRNEG},
-    {L"CHN_TYPE_SEND_FAILED_TIMEOUT", CHN_TYPE_SEND_FAILED_TIMEOUT},
-    {L"CHN_TYPE_SEND_FAILED_INTERNAL_DRIVER_ERROR", CHN_TYPE_SEND_FAILED_INTERNAL_DRIVER_ERROR},
-    {L"CHN_TYPE_RCV_CORRUPTED_FRAME", CHN_TYPE_RCV_CORRUPTED_FRAME},
-    {L"CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT", CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT},
-    {L"CHN_TYPE_REQ_1_0_EMITTED", CHN_TYPE_REQ_1_0_EMITTED},
-    {L"CHN_TYPE_RCV_FAILED_TIMEOUT", CHN_TYPE_RCV_FAILED_TIMEOUT},
-    {L"CHN_TYPE_RCV_SUCCESS", CHN_TYPE_RCV_SUCCESS},
-    {L"CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED", CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED},
-    {L"CHN_TYPE_RCV_FAILED_NO_RESPONSE", CHN_TYPE_RCV_FAILED_NO_RESPONSE},
-    {L"CHN_TYPE_END_OF_RCV", CHN_TYPE_END_OF_RCV},
-};
-
-const Named kResultCodes[] = {
-    {L"cOk", 0},
-    {L"cNok", 1},
-    {L"cTimeOut", 2},
-    {L"cErreurParametre", 3},
-    {L"cCodeCommandeInvalide", 4},
-    {L"cCommandeNonImplementee", 5},
-    {L"cLongueurDonneesInvalide", 6},
-    {L"cParametreInvalide", 7},
-    {L"cErreurEcriture", 8},
-    {L"cErreurLecture", 9},
-    {L"cIdCanInvalide", 10},
-    {L"cOctetFiInvalide", 11},
-    {L"cBusOff", 12},
-    {L"cErreurPassiveBus", 13},
-    {L"cModeIncompatible", 14},
-    {L"cBrpInvalide", 20},
-    {L"cTseg1Invalide", 21},
-    {L"cTseg2Invalide", 22},
-    {L"cSamInvalide", 23},
-    {L"cSjwInvalide", 24},
-    {L"cMTypeInvalide", 30},
-    {L"cTaTypeInvalide", 31},
-    {L"cAbonneInconnu", 32},
-    {L"cErreurUsb", 64},
-    {L"cTimeOutOctet", 65},
-    {L"cTimeOutTrame", 66},
-    {L"cErreurCypress", 67},
-    {L"cLongueursIncoherentes", 68},
-    {L"cLongueurTrameFausse", 69},
-    {L"cLongueurTrameInvalide", 70},
-    {L"cTypeTrameInvalide", 71},
-};
-
 // A field of a response text: where it starts and how long it is.
 struct Field {
   size_t start = 0, length = 0;
@@ -102,19 +47,18 @@ struct Field {
 
 // Whether `name` is exactly the `length` characters at `text`; stops at the
 // first difference.
-bool isName(const wchar_t *name, const ACE_WCHAR_T *text, size_t length) {
+bool isName(const char *name, const ACE_WCHAR_T *text, size_t length) {
   size_t i = 0;
   for (; i < length; ++i)
-    if (name[i] == L'\0' || name[i] != text[i])
+    if (name[i] == '\0' || static_cast<ACE_WCHAR_T>(name[i]) != text[i])
       return false;
-  return name[i] == L'\0';
+  return name[i] == '\0';
 }
 
 // The value of the field's text in `table`, compared whole and
 // case-sensitively.
-template <size_t N>
-bool lookUp(const Named (&table)[N], const ACE_WString &text, Field field, ACE_UINT32 &value) {
-  for (const Named &entry : table) {
+bool lookUp(CodeTable table, const ACE_WString &text, Field field, ACE_UINT32 &value) {
+  for (const CodeName &entry : table) {
     if (isName(entry.name, text.fast_rep() + field.start, field.length)) {
       value = entry.value;
       return true;
@@ -162,7 +106,7 @@ void splitResponse(const ACE_WString &text, SplitResponse &split) {
     split.frameText = &text;
   }
   ACE_UINT32 code = 0;
-  if (!fields[2].empty() && lookUp(kResultCodes, text, fields[2], code))
+  if (!fields[2].empty() && lookUp(CodeNames::resultCodes(), text, fields[2], code))
     split.resultCode = static_cast<ACE_UINT8>(code);
 }
 
@@ -392,7 +336,7 @@ void SimuChannel::queueAnswer(const CAN_DiagMsg *request, const ACE_WString &res
   splitResponse(response, split);
   CAN_EventChn event = {};
   event.type = CHN_TYPE_RCV_SUCCESS;
-  lookUp(kEventTypes, response, split.typeName, event.type);
+  lookUp(CodeNames::channelEventTypes(), response, split.typeName, event.type);
   const ResultForm form = resultFormOf(event.type);
   // The payload is released if anything fails before the queue takes it.
   try {

@@ -1,6 +1,7 @@
 #include "port/SimuPort.h"
 
 #include "channel/SimuChannel.h"
+#include "core/CodeNames.h"
 #include "core/LogMessage.h"
 #include "ecu/SimuECU.h"
 
@@ -29,21 +30,14 @@ ACE_UINT32 baudRateCursor = 0;
 // The statuses a DETBAUDRATE text may name, compared whole and
 // case-sensitively; any other text gives 4.
 CAN_STATUS statusOfDetectionText(const ACE_WString &text) {
-  static const struct {
-    const wchar_t *name;
-    CAN_STATUS status;
-  } outcomes[] = {{L"E_SUCCESS", E_SUCCESS},
-                  {L"E_BOARD_ERROR_1", E_BOARD_ERROR_1},
-                  {L"E_BOARD_ERROR_2", E_BOARD_ERROR_2},
-                  {L"E_BUSOFF", E_BUSOFF},
-                  {L"E_DISCONNECTED", E_DISCONNECTED},
-                  {L"E_DENIED_KERNEL_ACCESS", E_DENIED_KERNEL_ACCESS},
-                  {L"E_KERNEL_RW_ERROR", E_KERNEL_RW_ERROR},
-                  {L"E_NOMEM", E_NOMEM},
-                  {L"E_RECONF_PROGRESS", E_RECONF_PROGRESS}};
-  for (const auto &outcome : outcomes)
-    if (text == ACE_WString(outcome.name))
-      return outcome.status;
+  for (const CodeName &outcome : CodeNames::detectionOutcomes()) {
+    const size_t length = std::strlen(outcome.name);
+    bool same = text.length() == length;
+    for (size_t i = 0; same && i < length; ++i)
+      same = text[i] == static_cast<ACE_WCHAR_T>(outcome.name[i]);
+    if (same)
+      return static_cast<CAN_STATUS>(outcome.value);
+  }
   return E_INVALID;
 }
 

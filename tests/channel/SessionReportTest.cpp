@@ -2,7 +2,7 @@
 // the way a CI script reads them.
 #include "core/SessionReport.h"
 #include "ChannelFixture.h"
-#include "Json.h"
+#include "files/Json.h"
 #include "platform/CodePage.h"
 
 #include <filesystem>

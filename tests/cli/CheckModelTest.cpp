@@ -2,9 +2,9 @@
 // request table keeps the library's entries, a request it reports as folded
 // into another answers with the other's entry, and a request it says nothing
 // against answers with its own answers.
-#include "FileChecks.h"
-#include "XmlSource.h"
 #include "ecu/Scenario.h"
+#include "files/FileChecks.h"
+#include "files/XmlSource.h"
 #include "platform/CodePage.h"
 #include "support/TempDir.h"
 #include "support/XmlFiles.h"

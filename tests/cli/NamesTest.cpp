@@ -3,9 +3,9 @@
 // the value it gives the name; each DETBAUDRATE text it accepts is played as
 // that status, and any other status name as E_INVALID; each injection it
 // accepts names an export and an event type its level queues.
-#include "InjectionNames.h"
-#include "StatusNames.h"
 #include "channel/ChannelFixture.h"
+#include "names/InjectionNames.h"
+#include "names/StatusNames.h"
 
 #include <cstdio>
 #include <fstream>

@@ -1,8 +1,8 @@
 // What check says about the state and timing attributes of a scenario:
 // every bad value is named on its line, with what the library does instead,
 // and entries the state can never admit are found.
-#include "FileChecks.h"
-#include "XmlSource.h"
+#include "files/FileChecks.h"
+#include "files/XmlSource.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>

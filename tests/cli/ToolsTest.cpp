@@ -1,13 +1,13 @@
 // The program's own parsing and wording, where a slip would show a tester a
 // wrong value: codes typed in the shell, event payloads, the command line.
 #include "Arguments.h"
-#include "BenchFile.h"
 #include "Command.h"
 #include "Errors.h"
-#include "FrameText.h"
-#include "InjectionNames.h"
-#include "Records.h"
-#include "StatusNames.h"
+#include "files/BenchFile.h"
+#include "names/InjectionNames.h"
+#include "names/StatusNames.h"
+#include "output/FrameText.h"
+#include "output/Records.h"
 
 #include <gtest/gtest.h>
 

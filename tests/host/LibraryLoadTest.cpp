@@ -1,8 +1,8 @@
 // Loads the shared library as a host does, by path at run time (dlopen or
 // LoadLibrary), resolves every export the .def file names, unloads it and
 // loads it again in the same process.
-#include "LibraryLoader.h"
 #include "cansimu/cansimu.h"
+#include "system/LibraryLoader.h"
 
 #include <gtest/gtest.h>
 

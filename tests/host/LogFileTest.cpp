@@ -1,7 +1,7 @@
 // CANSIMU_LOG as a host process has it when it loads the library.
-#include "LibraryLoader.h"
 #include "cansimu/cansimu.h"
 #include "support/TempDir.h"
+#include "system/LibraryLoader.h"
 
 #include <gtest/gtest.h>
 

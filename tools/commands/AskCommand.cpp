@@ -1,12 +1,12 @@
 // ask: the dry run of a scenario: what an ECU answers to a request, right
 // now, through a real channel (or the raw frame path) of the library.
-#include "Bus.h"
 #include "Command.h"
-#include "DeviceSteps.h"
 #include "Errors.h"
-#include "LogFollower.h"
-#include "Output.h"
-#include "Session.h"
+#include "output/Output.h"
+#include "session/Bus.h"
+#include "session/DeviceSteps.h"
+#include "session/LogFollower.h"
+#include "session/Session.h"
 
 #include <chrono>
 #include <cstdio>
@@ -99,7 +99,7 @@ std::vector<Bytes> parseRequests(const std::vector<std::string> &texts, bool fra
 
 // Port, mode and channel set up quietly; only a refusal is printed.
 bool setUp(Session &session, Bus &bus, const BenchEcu *ecu, bool frames) {
-  if (session.start() != E_SUCCESS || session.reserveDevice(true) != E_SUCCESS ||
+  if (session.start() != E_SUCCESS || reserveDevice(session, true) != E_SUCCESS ||
       bus.reservePort() != E_SUCCESS || setMode(session, frames ? 2 : 1, true) != E_SUCCESS)
     return false;
   if (frames)

@@ -2,8 +2,8 @@
 // mistakes it passes over in silence reported compiler-style.
 #include "Command.h"
 #include "Errors.h"
-#include "FileChecks.h"
-#include "Output.h"
+#include "files/FileChecks.h"
+#include "output/Output.h"
 
 #include <algorithm>
 #include <cctype>

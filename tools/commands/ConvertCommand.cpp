@@ -3,7 +3,7 @@
 // `python -m cansimu convert IN OUT`.
 #include "Command.h"
 #include "Errors.h"
-#include "PythonPackage.h"
+#include "files/PythonPackage.h"
 
 namespace {
 

@@ -1,14 +1,14 @@
 // demo: a guided host session over the example bench, one line per call:
 // the box first, then a diagnostic session on its port.
-#include "Bus.h"
 #include "Command.h"
-#include "DeviceSteps.h"
 #include "Errors.h"
-#include "ExampleBench.h"
-#include "FirmwareFlash.h"
-#include "Output.h"
-#include "Records.h"
-#include "Session.h"
+#include "files/ExampleBench.h"
+#include "output/Output.h"
+#include "output/Records.h"
+#include "session/Bus.h"
+#include "session/DeviceSteps.h"
+#include "session/FirmwareFlash.h"
+#include "session/Session.h"
 
 #include <chrono>
 #include <cstdio>
@@ -85,7 +85,7 @@ void runDevicePart(Session &session, const ExampleBench &bench) {
   const CAN_STATUS initialised = session.start();
   printStep("CAN_DrvInit(configuration)", initialised, "configuration read");
   expectSuccess(initialised);
-  expectSuccess(session.reserveDevice());
+  expectSuccess(reserveDevice(session));
   expectSuccess(showVersion(session));
   expectSuccess(showTension(session));
   expectSuccess(setMode(session, 0));
@@ -173,7 +173,7 @@ void runFlashingPart(const Arguments &arguments, const ExampleBench &bench) {
   printHeading("\nflashing.xml: reprogramming ECU " + ecu->label() +
                ", which keeps a session, a security level and its identifiers");
   expectSuccess(session.start());
-  expectSuccess(session.reserveDevice(true));
+  expectSuccess(reserveDevice(session, true));
   expectSuccess(bus.reservePort());
   expectSuccess(setMode(session, 1));
   expectSuccess(bus.loadAssocTable());

@@ -1,10 +1,11 @@
 // events: the driver, device and port queues, printed as events arrive.
-#include "Bus.h"
 #include "Command.h"
 #include "Errors.h"
-#include "Output.h"
-#include "Records.h"
-#include "Session.h"
+#include "output/Output.h"
+#include "output/Records.h"
+#include "session/Bus.h"
+#include "session/DeviceSteps.h"
+#include "session/Session.h"
 
 #include <atomic>
 #include <chrono>
@@ -55,7 +56,7 @@ int runEvents(const Arguments &arguments) {
   Session session(arguments.library, arguments.positional[0]);
   const DriverApi &api = session.api();
   printStep("CAN_DrvInit(configuration)", session.start(), session.configuration());
-  if (session.reserveDevice() != E_SUCCESS)
+  if (reserveDevice(session) != E_SUCCESS)
     return kExitRefused;
   // Without the port (an unplugged box refuses it) the other queues remain.
   Bus bus(session, {}, Voice::Steps);

@@ -1,8 +1,8 @@
 // examples: hands out the built-in bench, to copy and edit.
 #include "Command.h"
 #include "Errors.h"
-#include "ExampleBench.h"
-#include "Output.h"
+#include "files/ExampleBench.h"
+#include "output/Output.h"
 
 #include <cstdio>
 

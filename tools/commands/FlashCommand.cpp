@@ -1,11 +1,11 @@
 // flash: one firmware download with its progress bar.
 #include "Command.h"
-#include "DeviceSteps.h"
 #include "Errors.h"
-#include "FirmwareFlash.h"
-#include "Output.h"
-#include "Paths.h"
-#include "Session.h"
+#include "files/Paths.h"
+#include "output/Output.h"
+#include "session/DeviceSteps.h"
+#include "session/FirmwareFlash.h"
+#include "session/Session.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ int runFlash(const Arguments &arguments) {
   const std::string imagePath = session.userPath(image);
 
   printStep("CAN_DrvInit(configuration)", session.start(), session.configuration());
-  if (session.reserveDevice() != E_SUCCESS || setMode(session, 0) != E_SUCCESS)
+  if (reserveDevice(session) != E_SUCCESS || setMode(session, 0) != E_SUCCESS)
     return kExitRefused;
   const size_t folderEnd = image.find_last_of("/\\");
   const std::string shown = folderEnd == std::string::npos ? image : image.substr(folderEnd + 1);

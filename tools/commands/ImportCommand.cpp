@@ -3,7 +3,7 @@
 // every trace format python-can reads); the program hands it the arguments.
 #include "Command.h"
 #include "Errors.h"
-#include "PythonPackage.h"
+#include "files/PythonPackage.h"
 
 #include <sstream>
 

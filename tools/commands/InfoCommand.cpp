@@ -1,12 +1,12 @@
 // info: what the box tells a host about itself, as a small table.
 #include "Command.h"
 #include "Errors.h"
-#include "Output.h"
-#include "Records.h"
-#include "Session.h"
-#include "XmlSource.h"
 #include "core/BenchOutputs.h"
+#include "files/XmlSource.h"
+#include "output/Output.h"
+#include "output/Records.h"
 #include "platform/CodePage.h"
+#include "session/Session.h"
 
 #include <cstdio>
 #include <cstdlib>

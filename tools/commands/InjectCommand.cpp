@@ -1,14 +1,14 @@
 // inject: a fault or an event armed from the bench file, for a host that
 // cannot call setNextCANStatus itself.
-#include "BenchEdit.h"
-#include "BenchFile.h"
 #include "Command.h"
 #include "Errors.h"
-#include "InjectionNames.h"
-#include "LibraryLoader.h"
-#include "LibraryLookup.h"
-#include "Output.h"
-#include "Paths.h"
+#include "files/BenchEdit.h"
+#include "files/BenchFile.h"
+#include "files/Paths.h"
+#include "library/LibraryLookup.h"
+#include "names/InjectionNames.h"
+#include "output/Output.h"
+#include "system/LibraryLoader.h"
 
 #include <cstdio>
 #include <memory>

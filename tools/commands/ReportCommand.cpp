@@ -2,8 +2,8 @@
 // and for a CI server.
 #include "Command.h"
 #include "Errors.h"
-#include "Json.h"
-#include "Output.h"
+#include "files/Json.h"
+#include "output/Output.h"
 
 #include <cstdio>
 #include <fstream>

@@ -1,16 +1,16 @@
 // shell: an interactive console over one session, one command a line; the
 // same commands read from a file or a pipe script a session.
-#include "Bus.h"
 #include "Command.h"
-#include "Console.h"
-#include "DeviceSteps.h"
 #include "Errors.h"
-#include "FirmwareFlash.h"
-#include "InjectionNames.h"
-#include "LogFollower.h"
-#include "Output.h"
-#include "Session.h"
-#include "StatusNames.h"
+#include "names/InjectionNames.h"
+#include "names/StatusNames.h"
+#include "output/Output.h"
+#include "session/Bus.h"
+#include "session/DeviceSteps.h"
+#include "session/FirmwareFlash.h"
+#include "session/LogFollower.h"
+#include "session/Session.h"
+#include "system/Console.h"
 
 #include <chrono>
 #include <cstdio>
@@ -313,7 +313,7 @@ private:
     return std::nullopt;
   }
   Outcome reserve(const Words &line) {
-    return session_.reserveDevice(false, line.size() > 1 ? line[1] : "");
+    return reserveDevice(session_, false, line.size() > 1 ? line[1] : "");
   }
   Outcome mode(const Words &line) {
     if (line.size() == 1)

@@ -1,9 +1,0 @@
-// The checks of a stateful scenario: the values of its STATE declarations
-// and of its entries' state and timing attributes, read by the library's
-// own readers, and the entries their state can never admit.
-#pragma once
-
-#include "FileChecks.h"
-#include "XmlSource.h"
-
-void checkScenarioState(const XmlSource &file, FileReport &report);
