@@ -493,26 +493,6 @@ const char *const kKnownTags[] = {"MODECONSOLE",
                                   "SECURITY",
                                   "DID"};
 
-// Edits (one character inserted, removed or replaced) from one name to the
-// other, letters compared without case.
-size_t editDistance(const std::string &a, const std::string &b) {
-  std::vector<size_t> row(b.size() + 1);
-  for (size_t j = 0; j <= b.size(); ++j)
-    row[j] = j;
-  for (size_t i = 1; i <= a.size(); ++i) {
-    size_t diagonal = row[0];
-    row[0] = i;
-    for (size_t j = 1; j <= b.size(); ++j) {
-      const size_t above = row[j];
-      const bool same = std::toupper(static_cast<unsigned char>(a[i - 1])) ==
-                        std::toupper(static_cast<unsigned char>(b[j - 1]));
-      row[j] = std::min({above + 1, row[j - 1] + 1, diagonal + (same ? 0 : 1)});
-      diagonal = above;
-    }
-  }
-  return row[b.size()];
-}
-
 // The known name an unknown one is a slip of: one edit away (two for names
 // longer than five characters), or the same but for case; null otherwise.
 // Other unknown names are taken for the tester's own grouping (PORT).
@@ -523,7 +503,7 @@ const char *misspeltTag(const std::string &name) {
   const char *closest = nullptr;
   size_t best = name.size() > 5 ? 3 : 2;
   for (const char *known : kKnownTags) {
-    const size_t distance = editDistance(name, known);
+    const size_t distance = nameDistance(name, known);
     if (distance < best) {
       best = distance;
       closest = known;

@@ -67,25 +67,6 @@ std::string typesText(const Level &level) {
   return text;
 }
 
-// Edits that turn one name into the other, letter case aside.
-size_t distance(const std::string &a, const std::string &b) {
-  std::vector<size_t> row(b.size() + 1);
-  for (size_t j = 0; j <= b.size(); ++j)
-    row[j] = j;
-  for (size_t i = 1; i <= a.size(); ++i) {
-    size_t diagonal = row[0];
-    row[0] = i;
-    for (size_t j = 1; j <= b.size(); ++j) {
-      const bool same = std::tolower(static_cast<unsigned char>(a[i - 1])) ==
-                        std::tolower(static_cast<unsigned char>(b[j - 1]));
-      const size_t next = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (same ? 0 : 1)});
-      diagonal = row[j];
-      row[j] = next;
-    }
-  }
-  return row[b.size()];
-}
-
 // " (did you mean CAN_DevGetVersion?)" for a near miss of a name that takes
 // an injection; empty otherwise.
 std::string suggestion(const std::string &name) {
@@ -93,7 +74,7 @@ std::string suggestion(const std::string &name) {
   const std::string *best = nullptr;
   size_t bestDistance = 4;
   for (const std::string &candidate : names) {
-    const size_t d = distance(name, candidate);
+    const size_t d = nameDistance(name, candidate);
     if (d < bestDistance) {
       best = &candidate;
       bestDistance = d;
@@ -194,4 +175,22 @@ std::string detailNote(const Injection &injection) {
     return "";
   return "detail " + std::to_string(injection.detail) + " is more than a byte: the library keeps " +
          std::to_string(injection.detail & 0xFFu);
+}
+
+size_t nameDistance(const std::string &a, const std::string &b) {
+  std::vector<size_t> row(b.size() + 1);
+  for (size_t j = 0; j <= b.size(); ++j)
+    row[j] = j;
+  for (size_t i = 1; i <= a.size(); ++i) {
+    size_t diagonal = row[0];
+    row[0] = i;
+    for (size_t j = 1; j <= b.size(); ++j) {
+      const bool same = std::tolower(static_cast<unsigned char>(a[i - 1])) ==
+                        std::tolower(static_cast<unsigned char>(b[j - 1]));
+      const size_t next = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (same ? 0 : 1)});
+      diagonal = row[j];
+      row[j] = next;
+    }
+  }
+  return row[b.size()];
 }

@@ -48,3 +48,7 @@ std::string injectionEffect(const Injection &injection);
 // "detail 300 is more than a byte: the library keeps 44"; empty for a
 // detail that fits.
 std::string detailNote(const Injection &injection);
+
+// Edits (one character inserted, removed or replaced) that turn one name into
+// the other, letter case aside: how far a misspelt name is from a known one.
+size_t nameDistance(const std::string &a, const std::string &b);
