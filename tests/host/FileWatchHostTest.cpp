@@ -17,15 +17,6 @@ using FileWatchHost = BusTest;
 
 namespace {
 
-CAN_FramePort frameTo(uint32_t canId, std::vector<uint8_t> bytes) {
-  CAN_FramePort frame = {};
-  frame.canId = canId;
-  frame.length = static_cast<uint32_t>(bytes.size());
-  for (size_t i = 0; i < bytes.size() && i < 8; ++i)
-    frame.bytes[i] = bytes[i];
-  return frame;
-}
-
 std::string hex(unsigned value) {
   char text[16];
   std::snprintf(text, sizeof text, "%X", value);
