@@ -11,6 +11,7 @@
 #include <functional>
 #include <sstream>
 #include <string>
+#include <utility>
 
 using namespace bus_test;
 using ExportTable = BusTest;
@@ -111,17 +112,13 @@ TEST_F(ExportTable, EachNullPointerGetsItsFamilysCodeBeforeTheInjectionStep) {
   // the injection step.
   setNextCANStatus("CAN_ChnSendDiag", 0, 0);
   EXPECT_EQ(CAN_ChnSendDiag(channel, &request), E_INVALID) << "request data null";
-  const struct {
-    const char *name;
-    std::function<CAN_STATUS()> call;
-  } zeroTimeouts[] = {
-      {"driver", [&] { return CAN_DrvRxMsg(&r.driverEvent, &r.pending, 0); }},
-      {"device", [&] { return CAN_DevRxMsg(device, &devEvent, &r.pending, 0); }},
-      {"port", [&] { return CAN_PrtRxMsg(port, &prtEvent, &r.pending, 0); }},
-      {"channel", [&] { return CAN_ChnRxMsg(channel, &chnEvent, &r.pending, 0); }},
-  };
-  for (const auto &[level, call] : zeroTimeouts)
-    EXPECT_EQ(call(), E_INVALID) << level;
+  const std::pair<const char *, CAN_STATUS> zeroTimeouts[] = {
+      {"driver", CAN_DrvRxMsg(&r.driverEvent, &r.pending, 0)},
+      {"device", CAN_DevRxMsg(device, &devEvent, &r.pending, 0)},
+      {"port", CAN_PrtRxMsg(port, &prtEvent, &r.pending, 0)},
+      {"channel", CAN_ChnRxMsg(channel, &chnEvent, &r.pending, 0)}};
+  for (const auto &[level, status] : zeroTimeouts)
+    EXPECT_EQ(status, E_INVALID) << level;
   for (auto release : {CAN_DrvFreeRxMsg(nullptr), CAN_DevFreeRxMsg(nullptr),
                        CAN_PrtFreeRxMsg(nullptr), CAN_ChnFreeRxMsg(nullptr)})
     EXPECT_EQ(release, E_SUCCESS);
