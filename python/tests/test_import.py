@@ -72,12 +72,14 @@ SESSION_SCENARIOS = {
 }
 
 
-def write_log(path, frames, fd=False):
+def write_log(path, frames, times=None):
+    """A candump log of the frames, 1 ms apart or at the `times` given (s)."""
     with can.Logger(str(path)) as writer:
         for number, (can_id, data, extended) in enumerate(frames):
             writer.on_message_received(can.Message(
-                timestamp=START + number * 0.001, arbitration_id=can_id, channel="can0",
-                is_extended_id=extended, data=data, is_fd=fd or len(data) > 8))
+                timestamp=START + (times[number] if times else number * 0.001),
+                arbitration_id=can_id, channel="can0", is_extended_id=extended, data=data,
+                is_fd=len(data) > 8))
     return path
 
 
@@ -303,15 +305,10 @@ def test_response_pending_answers_become_the_entry_timing(tmp_path, pendings, an
     """The library sends the first pending answer at once, the next ones
     `every` ms apart, the answer `delay` ms after the last pending slot: the
     written attributes replay the recorded times."""
-    stamped = [(0.0, 0x7E0, b"\x04\x31\x01\xFF\x00\xAA\xAA\xAA")]
-    stamped += [(t, 0x7E8, b"\x03\x7F\x31\x78\xAA\xAA\xAA\xAA") for t in pendings]
-    stamped.append((answered, 0x7E8, b"\x05\x71\x01\xFF\x00\x00\xAA\xAA"))
-    path = tmp_path / "bus.log"
-    with can.Logger(str(path)) as writer:
-        for offset, can_id, data in stamped:
-            writer.on_message_received(can.Message(timestamp=START + offset, arbitration_id=can_id,
-                                                   channel="can0", is_extended_id=False,
-                                                   data=data))
+    frames = ([(0x7E0, b"\x04\x31\x01\xFF\x00\xAA\xAA\xAA", False)]
+              + [(0x7E8, b"\x03\x7F\x31\x78\xAA\xAA\xAA\xAA", False)] * len(pendings)
+              + [(0x7E8, b"\x05\x71\x01\xFF\x00\x00\xAA\xAA", False)])
+    path = write_log(tmp_path / "bus.log", frames, [0.0, *pendings, answered])
     import_traces([path], tmp_path / "out")
     text = (tmp_path / "out" / "ecu_7E0.xml").read_text()
     opening = re.search(r"<EVENEMENT( [^>]*)?>\s*<REQUETE><TRAME>3101FF00", text).group(1)

@@ -6,6 +6,7 @@
 #include "FailingAllocator.h"
 #include "api/InjectionTable.h"
 #include "support/FirmwareImages.h"
+#include "support/Queues.h"
 #include "support/TempDir.h"
 #include "support/XmlFiles.h"
 
@@ -142,41 +143,35 @@ private:
     t.add("send", channel ? CAN_ChnSendDiag(channel, &request) : 99, label);
     drain(t, channel);
   }
-  // Reads what the channel holds; the transcript gets each event's type
-  // and frame length.
-  static void drain(Transcript &t, CAN_CHN_HANDLE channel) {
-    CAN_EventChn *event = nullptr;
+  // Reads what the queue of `handle` holds, handing each event to `note`.
+  template <class Event, class Note> static void readAll(void *handle, Note note) {
     uint32_t pending = 0;
-    while (channel != nullptr && CAN_ChnRxMsg(channel, &event, &pending, 1) == E_SUCCESS) {
-      const auto *data = static_cast<CAN_ChnResult *>(event->data);
-      const bool frameForm = event->type == CHN_TYPE_RCV_SUCCESS;
-      t.note("event", event->type, frameForm && data ? data->frameLength : 0);
-      CAN_ChnFreeRxMsg(event);
+    while (handle != nullptr) {
+      const queues::Owned<Event> event = queues::take<Event>(handle, 1, &pending);
+      if (!event)
+        break;
+      note(*event);
       if (pending == 0)
         break;
     }
   }
+  // The transcript gets each channel event's type and frame length.
+  static void drain(Transcript &t, CAN_CHN_HANDLE channel) {
+    readAll<CAN_EventChn>(channel, [&](const CAN_EventChn &event) {
+      const auto *data = static_cast<CAN_ChnResult *>(event.data);
+      const bool frameForm = event.type == CHN_TYPE_RCV_SUCCESS;
+      t.note("event", event.type, frameForm && data ? data->frameLength : 0);
+    });
+  }
   static void readDevice(Transcript &t, CAN_DEV_HANDLE device) {
-    CAN_EventDev *event = nullptr;
-    uint32_t pending = 0;
     long progress = 0;
-    while (device != nullptr && CAN_DevRxMsg(device, &event, &pending, 1) == E_SUCCESS) {
-      progress += event->type == DEV_TYPE_PROGRESS;
-      CAN_DevFreeRxMsg(event);
-      if (pending == 0)
-        break;
-    }
+    readAll<CAN_EventDev>(
+        device, [&](const CAN_EventDev &event) { progress += event.type == DEV_TYPE_PROGRESS; });
     t.note("progress events", progress);
   }
   static void readPort(Transcript &t, CAN_PRT_HANDLE port) {
-    CAN_EventPort *event = nullptr;
-    uint32_t pending = 0;
-    while (port != nullptr && CAN_PrtRxMsg(port, &event, &pending, 1) == E_SUCCESS) {
-      t.note("port event", event->type);
-      CAN_PrtFreeRxMsg(event);
-      if (pending == 0)
-        break;
-    }
+    readAll<CAN_EventPort>(port,
+                           [&](const CAN_EventPort &event) { t.note("port event", event.type); });
   }
 
   std::string configPath_, imagePath_;

@@ -90,15 +90,11 @@ TEST_F(AnswerSource, FollowsTheAnswerLinesOfEachEcu) {
   const std::vector<std::string> lines = log.lines();
   const std::vector<std::string> sent(lines.begin() + before, lines.end());
   const std::string entry = ":" + std::to_string(kFirstEventLine) + " 3E00, response 1 of 1";
-  ASSERT_EQ(sent.size(), 8u);
-  EXPECT_EQ(sent[0], "Call to CAN_ChnSendDiag()");
-  EXPECT_EQ(sent[1], "Broadcast Request [3E00]");
-  EXPECT_EQ(sent[2], "Response [7E00]");
-  EXPECT_EQ(sent[3], "Frame [7E00]");
-  EXPECT_EQ(sent[4], "Answer source: ECU 7e0/7e8, request 3E00: entry <" + dir.file("engine.xml") +
-                         ">" + entry);
-  EXPECT_EQ(sent[5], "Response [7E00]");
-  EXPECT_EQ(sent[6], "Frame [7E00]");
-  EXPECT_EQ(sent[7], "Answer source: ECU 710/77a, request 3E00: entry <" + dir.file("gateway.xml") +
-                         ">" + entry);
+  EXPECT_EQ(sent, (std::vector<std::string>{"Call to CAN_ChnSendDiag()", "Broadcast Request [3E00]",
+                                            "Response [7E00]", "Frame [7E00]",
+                                            "Answer source: ECU 7e0/7e8, request 3E00: entry <" +
+                                                dir.file("engine.xml") + ">" + entry,
+                                            "Response [7E00]", "Frame [7E00]",
+                                            "Answer source: ECU 710/77a, request 3E00: entry <" +
+                                                dir.file("gateway.xml") + ">" + entry}));
 }

@@ -5,21 +5,10 @@
 #include "platform/CodePage.h"
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 using namespace channel_test;
 using BenchOutputsTest = ChannelTest;
-
-namespace {
-std::string contentOf(const std::string &path) {
-  std::ifstream file(path, std::ios::binary);
-  std::stringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-} // namespace
 
 // Relative paths count from the bench's folder, whatever the working
 // directory; the text around a path is trimmed.
@@ -30,10 +19,10 @@ TEST_F(BenchOutputsTest, TheBenchNamesTheFilesNextToIt) {
             {{0x10, 0x7E0, 0x7E8}});
   ASSERT_EQ(send(openChannel(CHN_ONE_TO_ONE, 0x10), "3E00"), E_SUCCESS);
   CAN_DrvEnd();
-  EXPECT_NE(contentOf(dir.file("bus.log")).find("can0 7E8#027E00\n"), std::string::npos);
-  EXPECT_NE(contentOf(dir.file("report.json")).find("\"pattern\": \"3E00\", \"hits\": 1"),
+  EXPECT_NE(readFile(dir.file("bus.log")).find("can0 7E8#027E00\n"), std::string::npos);
+  EXPECT_NE(readFile(dir.file("report.json")).find("\"pattern\": \"3E00\", \"hits\": 1"),
             std::string::npos);
-  EXPECT_NE(contentOf(dir.file("cansimu.log")).find("Answer source: ECU 7e0/7e8"),
+  EXPECT_NE(readFile(dir.file("cansimu.log")).find("Answer source: ECU 7e0/7e8"),
             std::string::npos);
 }
 
@@ -45,6 +34,6 @@ TEST_F(BenchOutputsTest, AFileTheVariableNamedWins) {
             {{0x10, 0x7E0, 0x7E8}});
   ASSERT_EQ(send(openChannel(CHN_ONE_TO_ONE, 0x10), "3E00"), E_SUCCESS);
   CAN_DrvEnd();
-  EXPECT_NE(contentOf(variableTrace).find("can0 7E8#027E00\n"), std::string::npos);
+  EXPECT_NE(readFile(variableTrace).find("can0 7E8#027E00\n"), std::string::npos);
   EXPECT_FALSE(std::filesystem::exists(dir.file("bus.log")));
 }

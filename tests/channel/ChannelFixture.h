@@ -12,10 +12,7 @@ namespace channel_test {
 
 using namespace bus_test;
 
-struct FreeChannelEvent {
-  void operator()(CAN_EventChn *event) const { CAN_ChnFreeRxMsg(event); }
-};
-using ChannelEvent = std::unique_ptr<CAN_EventChn, FreeChannelEvent>;
+using ChannelEvent = queues::Owned<CAN_EventChn>;
 
 // One association: the ECU's diagnostic address and its two identifiers.
 struct Association {
@@ -32,14 +29,8 @@ inline std::vector<uint8_t> bytesOf(const std::string &hex) {
 
 // The frame of a frame-form result, as hex text.
 inline std::string resultHex(const CAN_EventChn &event) {
-  static const char digits[] = "0123456789ABCDEF";
   const auto *result = static_cast<const CAN_ChnResult *>(event.data);
-  std::string text;
-  for (size_t i = 0; result != nullptr && i < result->frameLength; ++i) {
-    text += digits[result->frameData[i] >> 4];
-    text += digits[result->frameData[i] & 0xF];
-  }
-  return text;
+  return result == nullptr ? "" : queues::hexOf(result->frameData, result->frameLength);
 }
 
 class ChannelTest : public BusTest {
@@ -91,17 +82,10 @@ protected:
   }
   // The next channel event; a zeroed record when none came.
   ChannelEvent nextEvent(CAN_CHN_HANDLE channel, uint32_t timeoutMs = 1000) {
-    CAN_EventChn *event = nullptr;
-    uint32_t pending = 0;
-    EXPECT_EQ(CAN_ChnRxMsg(channel, &event, &pending, timeoutMs), E_SUCCESS);
-    return ChannelEvent(event ? event : static_cast<CAN_EventChn *>(calloc(1, sizeof *event)));
+    return queues::next<CAN_EventChn>(channel, timeoutMs);
   }
   bool channelQueueIsEmpty(CAN_CHN_HANDLE channel) {
-    CAN_EventChn *event = nullptr;
-    uint32_t pending = 0;
-    const CAN_STATUS status = CAN_ChnRxMsg(channel, &event, &pending, 1);
-    CAN_ChnFreeRxMsg(event);
-    return status == E_NO_EVENT;
+    return queues::isEmpty<CAN_EventChn>(channel);
   }
 };
 

@@ -43,14 +43,6 @@ protected:
     writeFile(path, scenarioWith(attributes));
     start("<UCE scenario='" + path + "' targetAddress='7A' idRx='7E8' idTx='7E0'/>", mode);
   }
-  CAN_FramePort frame() {
-    CAN_FramePort request = {};
-    request.canId = 0x7E0;
-    request.length = 4;
-    const uint8_t bytes[] = {0x31, 0x01, 0xFF, 0x00};
-    std::copy(bytes, bytes + 4, request.bytes);
-    return request;
-  }
   // The next answer as hex, waiting at most `timeoutMs`; empty when none.
   // A read may end early on the signal of an earlier record: read again
   // until the deadline.
@@ -68,25 +60,14 @@ protected:
   }
   std::string readOnce(CAN_CHN_HANDLE channel, uint32_t timeoutMs) {
     if (channel == nullptr) {
-      CAN_EventPort *event = nullptr;
-      uint32_t pending = 0;
-      if (CAN_PrtRxMsg(port, &event, &pending, timeoutMs) != E_SUCCESS)
-        return "";
-      PortEvent owned(event);
-      return frameHex(*owned);
+      const PortEvent event = queues::take<CAN_EventPort>(port, timeoutMs);
+      return event ? frameHex(*event) : "";
     }
-    CAN_EventChn *event = nullptr;
-    uint32_t pending = 0;
-    if (CAN_ChnRxMsg(channel, &event, &pending, timeoutMs) != E_SUCCESS)
-      return "";
-    ChannelEvent owned(event);
-    return resultHex(*owned);
+    const ChannelEvent event = queues::take<CAN_EventChn>(channel, timeoutMs);
+    return event ? resultHex(*event) : "";
   }
   CAN_CHN_HANDLE channelTo7A() {
-    CAN_AssocEntry entry = {};
-    entry.ecuAddress = 0x7A;
-    entry.idTx = 0x7E0;
-    entry.idRx = 0x7E8;
+    CAN_AssocEntry entry = {{}, 0x7A, {}, 0x7E0, 0x7E8, 0};
     const CAN_AssocTable table = {1, &entry};
     AssocResult result;
     EXPECT_EQ(CAN_PrtLoadAssocTable(port, &table, &result), E_SUCCESS);
@@ -118,7 +99,7 @@ TEST_F(DelayedAnswer, AnswersBecomeReadableWhenDueNotBefore) {
     CAN_CHN_HANDLE channel = c.rawFrames ? nullptr : channelTo7A();
     const Clock::time_point sent = Clock::now();
     if (c.rawFrames) {
-      const CAN_FramePort request = frame();
+      const CAN_FramePort request = frameTo(0x7E0, {0x31, 0x01, 0xFF, 0x00});
       ASSERT_EQ(CAN_PrtSendTrame(port, &request, &detail), E_SUCCESS);
     } else {
       ASSERT_EQ(send(channel, "3101FF00"), E_SUCCESS);
@@ -148,7 +129,7 @@ TEST_F(DelayedAnswer, WaitingRecordsGoWithTheirChannelPortOrDriver) {
 
   CAN_DrvEnd();
   startEcu("delay='60000'", 2);
-  const CAN_FramePort request = frame();
+  const CAN_FramePort request = frameTo(0x7E0, {0x31, 0x01, 0xFF, 0x00});
   ASSERT_EQ(CAN_PrtSendTrame(port, &request, &detail), E_SUCCESS);
   EXPECT_EQ(simuPort().delayedAnswersWaiting(), 1u);
   ASSERT_EQ(CAN_PrtFree(port), E_SUCCESS);

@@ -40,11 +40,7 @@ TEST_F(LossOfCommunication, OnlyTheSettingAndAnUnpluggedBoxCutTheChannels) {
     CAN_CHN_HANDLE channel = openChannel(CHN_ONE_TO_ONE, 0x10);
     if (c.unplugged) {
       edit(state(c.attribute, false) + unit);
-      CAN_EventDev *event = nullptr;
-      uint32_t pending = 0;
-      ASSERT_EQ(CAN_DevRxMsg(device, &event, &pending, 100), E_SUCCESS);
-      EXPECT_EQ(event->type, DEV_TYPE_DISCONNECTED);
-      CAN_DevFreeRxMsg(event);
+      EXPECT_EQ(queues::next<CAN_EventDev>(device, 100)->type, DEV_TYPE_DISCONNECTED);
     }
     ASSERT_EQ(send(channel, "22F190"), E_SUCCESS);
     ChannelEvent answer = nextEvent(channel);

@@ -6,8 +6,6 @@
 #include "platform/CodePage.h"
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 using namespace channel_test;
@@ -15,12 +13,7 @@ using SessionReportTest = ChannelTest;
 
 namespace {
 
-JsonValue readJson(const std::string &path) {
-  std::ifstream file(path, std::ios::binary);
-  std::stringstream text;
-  text << file.rdbuf();
-  return parseJson(text.str());
-}
+JsonValue readJson(const std::string &path) { return parseJson(readFile(path)); }
 
 const JsonValue *ecuNamed(const JsonValue &report, const std::string &idTx) {
   for (const JsonValue &ecu : report["ecus"].items)

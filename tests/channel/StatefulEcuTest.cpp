@@ -9,8 +9,6 @@
 
 #include <chrono>
 #include <ctime>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -18,13 +16,6 @@
 using namespace channel_test;
 
 namespace {
-
-std::string readFile(const std::string &path) {
-  std::ifstream in(path);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 struct Step {
   const char *request;

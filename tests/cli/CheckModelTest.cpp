@@ -21,11 +21,15 @@ namespace {
 // ScenarioFile writes its first EVENEMENT on line 3, one a line.
 constexpr unsigned kFirstLine = 3;
 
-FileReport check(const std::string &path) {
+// What check finds in a scenario (or, with `bench`, a bench) file.
+FileReport check(const std::string &path, bool bench = false) {
   XmlSource file;
   EXPECT_EQ(file.load(path), XmlSource::Outcome::Read);
   FileReport report;
-  checkScenario(path, file, CheckOptions(), report);
+  if (bench)
+    checkBench(path, file, report);
+  else
+    checkScenario(path, file, CheckOptions(), report);
   return report;
 }
 
@@ -159,12 +163,8 @@ TEST(CliCheck, EcuClashes_NameEveryEarlierOwnerInFileOrder) {
           .section("<UCE scenario='' targetAddress='12' idRx='7EA' idTx='7E0'/>") // line 6
           .section("<UCE scenario='' targetAddress='10' idRx='7EB' idTx='7E0'/>") // line 7
           .writeTo(dir.file("bench.xml"));
-  XmlSource file;
-  ASSERT_EQ(file.load(path), XmlSource::Outcome::Read);
-  FileReport report;
-  checkBench(path, file, report);
   std::vector<std::string> clashes;
-  for (const Finding &finding : report.findings)
+  for (const Finding &finding : check(path, true).findings)
     if (finding.line == 7 && finding.message.find("already belongs") != std::string::npos)
       clashes.push_back(finding.message.substr(0, finding.message.find(' ')) + " " +
                         std::to_string(namedLine(finding.message, "ECU of line ")));
@@ -181,12 +181,8 @@ TEST(CliCheck, ElementNames_OnlyASlipOfAReadNameIsReported) {
                                .section("<CAN_SERIALNUMBR>A</CAN_SERIALNUMBR>")
                                .section("<can_serialnumber>A</can_serialnumber>")
                                .writeTo(dir.file("bench.xml"));
-  XmlSource file;
-  ASSERT_EQ(file.load(path), XmlSource::Outcome::Read);
-  FileReport report;
-  checkBench(path, file, report);
   std::vector<std::string> slips;
-  for (const Finding &finding : report.findings)
+  for (const Finding &finding : check(path, true).findings)
     if (finding.message.compare(0, 8, "element ") == 0)
       slips.push_back(finding.message.substr(8, finding.message.find(' ', 8) - 8));
   EXPECT_EQ(slips, (std::vector<std::string>{"DEVICE", "UCEE", "Uce", "CAN_SERIALNUMBR",

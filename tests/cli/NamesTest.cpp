@@ -87,15 +87,10 @@ class CliInjectionNames : public bus_test::BusTest {};
 
 // The event types a level's queue received after one injection of each
 // candidate type, in order.
-template <class Event, class Read, class Release>
-std::vector<uint32_t> typesReceived(const Read &read, const Release &release) {
+template <class Event> std::vector<uint32_t> typesReceived(void *handle) {
   std::vector<uint32_t> types;
-  Event *event = nullptr;
-  uint32_t pending = 0;
-  while (read(&event, &pending) == E_SUCCESS && event != nullptr) {
+  while (const queues::Owned<Event> event = queues::take<Event>(handle, 1))
     types.push_back(event->type);
-    release(event);
-  }
   return types;
 }
 
@@ -120,22 +115,11 @@ TEST_F(CliInjectionNames, QueuedTypes_AreTheTypesEachLevelQueues) {
     return expected;
   };
   const auto driver = inject("CAN_DrvRxMsg", InjectionRoute::DriverQueue);
-  EXPECT_EQ(
-      (typesReceived<CAN_EventDrv>(
-          [](CAN_EventDrv **e, uint32_t *p) { return CAN_DrvRxMsg(e, p, 1); }, CAN_DrvFreeRxMsg)),
-      driver);
+  EXPECT_EQ(typesReceived<CAN_EventDrv>(nullptr), driver);
   const auto device = inject("CAN_DevRxMsg", InjectionRoute::DeviceQueue);
-  EXPECT_EQ(
-      (typesReceived<CAN_EventDev>(
-          [this](CAN_EventDev **e, uint32_t *p) { return CAN_DevRxMsg(this->device, e, p, 1); },
-          CAN_DevFreeRxMsg)),
-      device);
+  EXPECT_EQ(typesReceived<CAN_EventDev>(this->device), device);
   const auto port = inject("CAN_PrtRxMsg", InjectionRoute::PortQueue);
-  EXPECT_EQ(
-      (typesReceived<CAN_EventPort>(
-          [this](CAN_EventPort **e, uint32_t *p) { return CAN_PrtRxMsg(this->port, e, p, 1); },
-          CAN_PrtFreeRxMsg)),
-      port);
+  EXPECT_EQ(typesReceived<CAN_EventPort>(this->port), port);
 }
 
 // A name the program takes for an injection is one the library exports,

@@ -19,12 +19,14 @@
 
 namespace {
 
-CAN_EventDev deviceEvent(uint32_t type, void *data) {
-  CAN_EventDev event{};
+// An event record of `type` carrying `data`, the rest zero.
+template <class Event> Event eventOf(uint32_t type, void *data) {
+  Event event{};
   event.type = type;
   event.data = data;
   return event;
 }
+const auto deviceEvent = eventOf<CAN_EventDev>;
 
 // A few commands with the options they take, as the program lists them.
 const std::vector<Command> kCommands = {
@@ -276,10 +278,8 @@ TEST(CliRecords, ChannelAndPortEvents_DecodeWhatTheirTypeCarries) {
   frameResult->responderAddress = 0x10;
   frameResult->frameLength = 3;
   frameResult->frameData = negative;
-  CAN_EventChn received{};
-  received.type = CHN_TYPE_RCV_SUCCESS;
-  received.data = frameResult.get();
-  const EventText answer = describeChannelEvent(received, 90);
+  const EventText answer =
+      describeChannelEvent(eventOf<CAN_EventChn>(CHN_TYPE_RCV_SUCCESS, frameResult.get()), 90);
   EXPECT_EQ(answer.summary, "CHN_TYPE_RCV_SUCCESS (2008)");
   EXPECT_EQ(answer.details,
             std::vector<std::string>{"ECU 0x10, cOk (0): 7F 22 31  negative ReadDataByIdentifier: "
@@ -290,25 +290,20 @@ TEST(CliRecords, ChannelAndPortEvents_DecodeWhatTheirTypeCarries) {
   shortResult->responderAddress = 0x40;
   uint8_t bytes[10] = {0x22, 0xF1, 0x90};
   CAN_DiagMsg request = {0, sizeof bytes, bytes};
-  CAN_EventChn refused{};
-  refused.type = CHN_TYPE_SEND_FAILED_CRNEG;
-  refused.data = shortResult.get();
+  CAN_EventChn refused = eventOf<CAN_EventChn>(CHN_TYPE_SEND_FAILED_CRNEG, shortResult.get());
   refused.request = &request;
   EXPECT_EQ(describeChannelEvent(refused, 80).details,
             (std::vector<std::string>{
                 "ECU 0x40, cNok (1)",
                 "with the request 22 F1 90 00 00 00 00 00 ... (ReadDataByIdentifier)"}));
-  CAN_EventChn ended{};
-  ended.type = CHN_TYPE_END_OF_RCV;
-  EXPECT_TRUE(describeChannelEvent(ended, 80).details.empty());
+  EXPECT_TRUE(describeChannelEvent(eventOf<CAN_EventChn>(CHN_TYPE_END_OF_RCV, nullptr), 80)
+                  .details.empty());
 
   CAN_FramePort frame{};
   frame.canId = 0x7E8;
   frame.length = 12; // more than a frame holds: only its 8 bytes are read
   std::memset(frame.bytes, 0x11, sizeof frame.bytes);
-  CAN_EventPort port{};
-  port.type = PRT_TYPE_FRAME;
-  port.data = &frame;
+  CAN_EventPort port = eventOf<CAN_EventPort>(PRT_TYPE_FRAME, &frame);
   EXPECT_EQ(describePortEvent(port, 80).details,
             std::vector<std::string>{"from 7E8: 11 11 11 11 11 11 11 11"});
   uint8_t value = 0x33;

@@ -19,13 +19,8 @@ std::string frameAnswer(CAN_PRT_HANDLE port, uint32_t canId) {
   const CAN_FramePort frame = {canId, 0, 0, 1, {0x10}, 0};
   uint8_t detail = 0;
   EXPECT_EQ(CAN_PrtSendTrame(port, &frame, &detail), E_SUCCESS);
-  CAN_EventPort *event = nullptr;
-  uint32_t pending = 0;
-  if (CAN_PrtRxMsg(port, &event, &pending, 1) != E_SUCCESS)
-    return "silent";
-  const std::string text = frameHex(*event);
-  CAN_PrtFreeRxMsg(event);
-  return text;
+  const PortEvent event = queues::take<CAN_EventPort>(port, 1);
+  return event ? frameHex(*event) : "silent";
 }
 } // namespace
 
@@ -50,9 +45,7 @@ TEST_F(BadFiles, AConfigurationThatCannotBeReadLeavesTheDriverAsItWas) {
   start("<VOLTAGES VBatt='1.5'/>");
   const size_t logged = log.lines().size();
   std::remove(configPath.c_str());
-  CAN_EventDrv *event = nullptr;
-  uint32_t pending = 0;
-  EXPECT_EQ(CAN_DrvRxMsg(&event, &pending, 1), E_NO_EVENT);
+  pollDriver();
   CAN_TensionDev tension = {};
   EXPECT_EQ(CAN_DevGetTension(device, &tension), E_SUCCESS);
   EXPECT_FLOAT_EQ(tension.batteryVoltage, 1.5f);

@@ -25,13 +25,6 @@ protected:
     CAN_ModeDev mode = {};
     return CAN_DevGetMode(device, &mode);
   }
-  // The next driver event; the driver's poll first re-reads an edited file.
-  CAN_EventDrv *nextDriverEvent() {
-    CAN_EventDrv *event = nullptr;
-    uint32_t pending = 0;
-    EXPECT_EQ(CAN_DrvRxMsg(&event, &pending, 1000), E_SUCCESS);
-    return event;
-  }
 };
 
 } // namespace
@@ -70,9 +63,7 @@ TEST_F(BenchInjection, EveryReReadAfterAnEditArmsAgain) {
   EXPECT_EQ(getVersion(), E_DISCONNECTED);
   edit(fault);
   EXPECT_EQ(getVersion(), E_DISCONNECTED);
-  CAN_EventDrv *event = nullptr;
-  uint32_t pending = 0;
-  EXPECT_EQ(CAN_DrvRxMsg(&event, &pending, 1), E_NO_EVENT);
+  pollDriver();
   EXPECT_EQ(getVersion(), E_SUCCESS) << "a poll without an edit arms nothing";
   edit(fault);
   edit(fault);
@@ -89,28 +80,20 @@ TEST_F(BenchInjection, ReceiveNamesQueueEventsOnTheDriverDeviceAndPortQueues) {
   start(inject("CAN_DrvRxMsg", "DRV_TYPE_DEVICE_100", "0x1FF") +
         inject("CAN_DevRxMsg", "DEV_TYPE_STATUS", "9") + inject("CAN_PrtRxMsg", "PRT_TYPE_STATE") +
         inject("CAN_PrtRxMsg", "400", "E_INVALID"));
-  CAN_EventDrv *driverEvent = nextDriverEvent();
-  ASSERT_NE(driverEvent, nullptr);
+  // The driver's poll first re-reads an edited file.
+  auto driverEvent = queues::next<CAN_EventDrv>(nullptr);
   EXPECT_EQ(driverEvent->type, DRV_TYPE_DEVICE_100);
   EXPECT_EQ(driverEvent->detail, 0xFFu);
   ASSERT_NE(driverEvent->data, nullptr);
   EXPECT_STREQ(static_cast<CAN_EnumDev *>(driverEvent->data)->name, kSerial);
-  CAN_DrvFreeRxMsg(driverEvent);
-
-  CAN_EventDev *deviceEvent = nullptr;
-  uint32_t pending = 0;
-  ASSERT_EQ(CAN_DevRxMsg(device, &deviceEvent, &pending, 1000), E_SUCCESS);
+  const auto deviceEvent = queues::next<CAN_EventDev>(device);
   EXPECT_EQ(deviceEvent->type, DEV_TYPE_STATUS);
   EXPECT_EQ(*static_cast<unsigned char *>(deviceEvent->data), 9);
-  CAN_DevFreeRxMsg(deviceEvent);
   EXPECT_EQ(nextEvent()->type, PRT_TYPE_STATE);
   EXPECT_EQ(nextEvent()->type, 400u);
 
   save(inject("CAN_DrvRxMsg", "0"));
-  driverEvent = nextDriverEvent();
-  ASSERT_NE(driverEvent, nullptr);
-  EXPECT_TRUE(isEndMarker(*driverEvent));
-  CAN_DrvFreeRxMsg(driverEvent);
+  EXPECT_TRUE(isEndMarker(*queues::next<CAN_EventDrv>(nullptr)));
   EXPECT_EQ(log.count("INJECT <CAN_PrtRxMsg>: event type 400, detail 4 injected"), 1u);
 }
 
@@ -153,7 +136,5 @@ TEST_F(BenchInjection, ElementsWithMissingOrUnknownValuesAreSkippedWithALineNami
   EXPECT_EQ(log.count(": skipped"), std::size(cases));
   EXPECT_EQ(getMode(), E_SUCCESS) << "nothing was armed by a skipped element";
   EXPECT_EQ(getVersion(), E_NOT_FOUND);
-  CAN_EventDrv *event = nullptr;
-  uint32_t pending = 0;
-  EXPECT_EQ(CAN_DrvRxMsg(&event, &pending, 1), E_NO_EVENT);
+  pollDriver();
 }

@@ -1,35 +1,18 @@
 // CAN_DrvInit and the re-read of an edited configuration at CAN_DrvRxMsg.
-#include "cansimu/cansimu.h"
 #include "core/LogMessage.h"
-#include "core/SimuDriver.h"
-#include "support/LogCapture.h"
-#include "support/TempDir.h"
-#include "support/XmlFiles.h"
-
-#include <gtest/gtest.h>
+#include "support/BusFixture.h"
 
 #include <algorithm>
 #include <iterator>
 
 namespace {
 
-class Configuration : public ::testing::Test {
+class Configuration : public bus_test::DriverTest {
 protected:
-  TempDir dir;
-  std::string path = dir.file("bench.xml");
-  LogCapture log;
-
-  void TearDown() override { CAN_DrvEnd(); }
   bool consoleMode() const { return SimuDriver::existing()->consoleMode; }
-  // A host's poll: re-reads an edited configuration, then times out.
-  void poll() {
-    CAN_EventDrv *event = nullptr;
-    uint32_t pending = 0;
-    EXPECT_EQ(CAN_DrvRxMsg(&event, &pending, 1), E_NO_EVENT);
-  }
   void save(const std::string &content, long long seconds) {
-    writeFile(path, content);
-    setModificationTime(path, seconds);
+    writeFile(configPath, content);
+    setModificationTime(configPath, seconds);
   }
 };
 
@@ -42,10 +25,10 @@ const std::string noConsole = ConfigurationFile().xml();
 // An unreachable path is forgotten: a file made there afterwards is never
 // read, and the path is logged once.
 TEST_F(Configuration, AnUnreachableFileIsLoggedOnceAndNeverReadAgain) {
-  ASSERT_EQ(CAN_DrvInit(path.c_str()), E_SUCCESS);
-  poll();
+  ASSERT_EQ(CAN_DrvInit(configPath.c_str()), E_SUCCESS);
+  pollDriver();
   save(nestedConsole, 1000000);
-  poll();
+  pollDriver();
   EXPECT_FALSE(consoleMode());
   EXPECT_EQ(log.count("is unreachable"), 1u);
 }
@@ -55,26 +38,26 @@ TEST_F(Configuration, AnUnreachableFileIsLoggedOnceAndNeverReadAgain) {
 // as it was, and each re-read says which it was.
 TEST_F(Configuration, ConsoleModeElementAnywhereIsReadAgainAfterAnEditThatParses) {
   save(nestedConsole, 1000000);
-  ASSERT_EQ(CAN_DrvInit(path.c_str()), E_SUCCESS);
+  ASSERT_EQ(CAN_DrvInit(configPath.c_str()), E_SUCCESS);
   EXPECT_TRUE(consoleMode());
   save(noConsole, 1000000);
-  poll();
+  pollDriver();
   EXPECT_TRUE(consoleMode()) << "same modification time: not re-read";
   const std::string broken[] = {"", "not xml at all", "<CONFIGURATION><MODECONSOLE/>",
                                 "<A><MODECONSOLE></A>", std::string("\x7F\x45LF\x00\x01\xFF", 7)};
   long long time = 1000000;
   for (const auto &content : broken) {
     save(content, ++time);
-    poll();
+    pollDriver();
     EXPECT_TRUE(consoleMode()) << "content: " << content;
   }
   EXPECT_EQ(log.count(": kept the previous one"), std::size(broken));
   EXPECT_EQ(log.count("re-read: the file is empty: kept the previous one"), 1u);
   EXPECT_EQ(log.count("re-read: line 1: Start-end tags mismatch: kept the previous one"), 2u);
   save(noConsole, ++time);
-  poll();
+  pollDriver();
   EXPECT_FALSE(consoleMode());
-  std::string stored = path;
+  std::string stored = configPath;
   std::replace(stored.begin(), stored.end(), '/', '\\');
   EXPECT_EQ(log.lines().back(), "Configuration <" + stored + "> re-read: applied");
 }
@@ -91,15 +74,15 @@ TEST_F(Configuration, AHugeDeeplyNestedFileIsReadWhole) {
     content += "</D>";
   ASSERT_GT(content.size(), 20u * 1000 * 1000);
   save(content + "</CONFIGURATION>", 1000000);
-  ASSERT_EQ(CAN_DrvInit(path.c_str()), E_SUCCESS);
+  ASSERT_EQ(CAN_DrvInit(configPath.c_str()), E_SUCCESS);
   EXPECT_TRUE(consoleMode());
 }
 
 TEST_F(Configuration, InitTwiceReadsTheFileAgainAndInitAfterEndReadsTheNewFile) {
   save(nestedConsole, 1000000);
-  ASSERT_EQ(CAN_DrvInit(path.c_str()), E_SUCCESS);
+  ASSERT_EQ(CAN_DrvInit(configPath.c_str()), E_SUCCESS);
   save(noConsole, 1000000);
-  ASSERT_EQ(CAN_DrvInit(path.c_str()), E_SUCCESS);
+  ASSERT_EQ(CAN_DrvInit(configPath.c_str()), E_SUCCESS);
   EXPECT_FALSE(consoleMode()) << "read again whatever its time";
   CAN_DrvEnd();
   EXPECT_EQ(SimuDriver::existing(), nullptr);
@@ -111,7 +94,7 @@ TEST_F(Configuration, InitTwiceReadsTheFileAgainAndInitAfterEndReadsTheNewFile) 
 
 TEST_F(Configuration, InConsoleModeEachLogLineIsAlsoPrintedWithALineFeed) {
   save(nestedConsole, 1000000);
-  ASSERT_EQ(CAN_DrvInit(path.c_str()), E_SUCCESS);
+  ASSERT_EQ(CAN_DrvInit(configPath.c_str()), E_SUCCESS);
   testing::internal::CaptureStdout();
   logMessage(L"100% done");
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "100% done\n");

@@ -11,9 +11,13 @@
 #include <functional>
 #include <sstream>
 #include <string>
+#include <utility>
 
 using namespace bus_test;
 using ExportTable = BusTest;
+
+// A table row's export name and a call of that export with the arguments given.
+#define CALL(function, ...) #function, [&] { return function(__VA_ARGS__); }
 
 namespace {
 const uint8_t kFill = 0xEE;
@@ -111,17 +115,13 @@ TEST_F(ExportTable, EachNullPointerGetsItsFamilysCodeBeforeTheInjectionStep) {
   // the injection step.
   setNextCANStatus("CAN_ChnSendDiag", 0, 0);
   EXPECT_EQ(CAN_ChnSendDiag(channel, &request), E_INVALID) << "request data null";
-  const struct {
-    const char *name;
-    std::function<CAN_STATUS()> call;
-  } zeroTimeouts[] = {
-      {"driver", [&] { return CAN_DrvRxMsg(&r.driverEvent, &r.pending, 0); }},
-      {"device", [&] { return CAN_DevRxMsg(device, &devEvent, &r.pending, 0); }},
-      {"port", [&] { return CAN_PrtRxMsg(port, &prtEvent, &r.pending, 0); }},
-      {"channel", [&] { return CAN_ChnRxMsg(channel, &chnEvent, &r.pending, 0); }},
-  };
-  for (const auto &[level, call] : zeroTimeouts)
-    EXPECT_EQ(call(), E_INVALID) << level;
+  const std::pair<const char *, CAN_STATUS> zeroTimeouts[] = {
+      {"driver", CAN_DrvRxMsg(&r.driverEvent, &r.pending, 0)},
+      {"device", CAN_DevRxMsg(device, &devEvent, &r.pending, 0)},
+      {"port", CAN_PrtRxMsg(port, &prtEvent, &r.pending, 0)},
+      {"channel", CAN_ChnRxMsg(channel, &chnEvent, &r.pending, 0)}};
+  for (const auto &[level, status] : zeroTimeouts)
+    EXPECT_EQ(status, E_INVALID) << level;
   for (auto release : {CAN_DrvFreeRxMsg(nullptr), CAN_DevFreeRxMsg(nullptr),
                        CAN_PrtFreeRxMsg(nullptr), CAN_ChnFreeRxMsg(nullptr)})
     EXPECT_EQ(release, E_SUCCESS);
@@ -197,57 +197,48 @@ TEST_F(ExportTable, AnArmedStatusAnswersAValidCallInsteadOfTheOperation) {
     uint8_t *detailAt;
     uint32_t mode = 1;
   } armed[] = {
-      {"CAN_DevEnumerate", [&] { return CAN_DevEnumerate(&list); }, nullptr},
-      {"CAN_DevReservation", [&] { return CAN_DevReservation(kSerial, &r.handle); }, nullptr},
-      {"CAN_DevSetMode", [&] { return CAN_DevSetMode(device, 2, &r.detail); }, &r.detail},
-      {"CAN_DevGetMode", [&] { return CAN_DevGetMode(device, &r.mode); }, nullptr},
-      {"CAN_DevGetConfig", [&] { return CAN_DevGetConfig(device, &r.config); }, nullptr},
-      {"CAN_DevGetTension", [&] { return CAN_DevGetTension(device, &r.tension); }, nullptr},
-      {"CAN_DevGetVersion", [&] { return CAN_DevGetVersion(device, &r.version); }, nullptr},
-      {"CAN_DevSetSleep", [&] { return CAN_DevSetSleep(device); }, nullptr},
-      {"CAN_DevRunTest", [&] { return CAN_DevRunTest(device, 0, &r.test); }, &r.test.resultByte},
-      {"CAN_DevSndGenericFrame", [&] { return CAN_DevSndGenericFrame(device, frameBytes); },
-       nullptr},
-      {"CAN_DevAutoConfig", [&] { return CAN_DevAutoConfig(device); }, nullptr},
-      {"CAN_DevAutoConfigRaz", [&] { return CAN_DevAutoConfigRaz(device); }, nullptr},
-      {"CAN_DevHC16Reset", [&] { return CAN_DevHC16Reset(device); }, nullptr},
-      {"CAN_DevBoardTeleFirm",
-       [&] { return CAN_DevBoardTeleFirm(device, dir.file("app.bin").c_str(), &r.download); },
+      {CALL(CAN_DevEnumerate, &list), nullptr},
+      {CALL(CAN_DevReservation, kSerial, &r.handle), nullptr},
+      {CALL(CAN_DevSetMode, device, 2, &r.detail), &r.detail},
+      {CALL(CAN_DevGetMode, device, &r.mode), nullptr},
+      {CALL(CAN_DevGetConfig, device, &r.config), nullptr},
+      {CALL(CAN_DevGetTension, device, &r.tension), nullptr},
+      {CALL(CAN_DevGetVersion, device, &r.version), nullptr},
+      {CALL(CAN_DevSetSleep, device), nullptr},
+      {CALL(CAN_DevRunTest, device, 0, &r.test), &r.test.resultByte},
+      {CALL(CAN_DevSndGenericFrame, device, frameBytes), nullptr},
+      {CALL(CAN_DevAutoConfig, device), nullptr},
+      {CALL(CAN_DevAutoConfigRaz, device), nullptr},
+      {CALL(CAN_DevHC16Reset, device), nullptr},
+      {CALL(CAN_DevBoardTeleFirm, device, dir.file("app.bin").c_str(), &r.download),
        &r.download.errorCode, 0},
-      {"CAN_PrtEnumerate", [&] { return CAN_PrtEnumerate(device, &list); }, nullptr},
-      {"CAN_PrtReservation", [&] { return CAN_PrtReservation(device, 96, &r.handle); }, nullptr},
-      {"CAN_PrtGetMesPhys", [&] { return CAN_PrtGetMesPhys(port, &r.measures); }, nullptr, 3},
-      {"CAN_PrtSetVoie", [&] { return CAN_PrtSetVoie(port, 1, &r.detail); }, &r.detail},
-      {"CAN_PrtSetCanParam", [&] { return CAN_PrtSetCanParam(port, &params); }, &params.resultByte},
-      {"CAN_PrtGetCanParam", [&] { return CAN_PrtGetCanParam(port, &r.params); },
-       &r.params.resultByte},
-      {"CAN_PrtDetBaudRate", [&] { return CAN_PrtDetBaudRate(port, &search, &r.found); },
-       &r.found.resultByte},
-      {"CAN_PrtSetHardFilt", [&] { return CAN_PrtSetHardFilt(port, frameBytes, &r.detail); },
-       &r.detail},
-      {"CAN_PrtSetSoftFilt", [&] { return CAN_PrtSetSoftFilt(port, frameBytes, &r.detail); },
-       &r.detail},
-      {"CAN_PrtLoadAssocTable", [&] { return CAN_PrtLoadAssocTable(port, &otherTable, &r.assoc); },
-       &r.assoc.errorCode},
-      {"CAN_PrtSetParamFlux", [&] { return CAN_PrtSetParamFlux(port, frameBytes, 0); }, nullptr},
-      {"CAN_PrtRegulationOn", [&] { return CAN_PrtRegulationOn(port, 0, frameBytes); }, nullptr},
-      {"CAN_PrtRegulationOff", [&] { return CAN_PrtRegulationOff(port, frameBytes); }, nullptr},
-      {"CAN_PrtPortGetState", [&] { return CAN_PrtPortGetState(port, &r.state); }, nullptr},
-      {"CAN_PrtSetSndCycl", [&] { return CAN_PrtSetSndCycl(port, frameBytes, 0, &r.detail); },
-       &r.detail},
-      {"CAN_PrtActSndCycl", [&] { return CAN_PrtActSndCycl(port, 0, &r.detail); }, &r.detail},
-      {"CAN_PrtUpdSndCycl", [&] { return CAN_PrtUpdSndCycl(port, frameBytes, &r.detail); },
-       &r.detail},
-      {"CAN_PrtDActSndCycl", [&] { return CAN_PrtDActSndCycl(port, 0, &r.detail); }, &r.detail},
-      {"CAN_PrtDelSndCycl", [&] { return CAN_PrtDelSndCycl(port, 0, &r.detail); }, &r.detail},
-      {"CAN_PrtCtrlReinit", [&] { return CAN_PrtCtrlReinit(port, frameBytes); }, nullptr},
-      {"CAN_PrtSendTrame", [&] { return CAN_PrtSendTrame(port, &frame, &r.detail); }, &r.detail, 2},
-      {"CAN_ChnEnumerate", [&] { return CAN_ChnEnumerate(port, &list); }, nullptr},
-      {"CAN_ChnCreate", [&] { return CAN_ChnCreate(port, CHN_ONE_TO_ONE, 0, &r.handle); }, nullptr},
-      {"CAN_ChnConfig", [&] { return CAN_ChnConfig(open, &chnConfig); }, nullptr},
-      {"CAN_ChnOpenSession", [&] { return CAN_ChnOpenSession(spare); }, nullptr},
-      {"CAN_ChnCloseSession", [&] { return CAN_ChnCloseSession(open); }, nullptr},
-      {"CAN_ChnSendDiag", [&] { return CAN_ChnSendDiag(open, &request); }, nullptr},
+      {CALL(CAN_PrtEnumerate, device, &list), nullptr},
+      {CALL(CAN_PrtReservation, device, 96, &r.handle), nullptr},
+      {CALL(CAN_PrtGetMesPhys, port, &r.measures), nullptr, 3},
+      {CALL(CAN_PrtSetVoie, port, 1, &r.detail), &r.detail},
+      {CALL(CAN_PrtSetCanParam, port, &params), &params.resultByte},
+      {CALL(CAN_PrtGetCanParam, port, &r.params), &r.params.resultByte},
+      {CALL(CAN_PrtDetBaudRate, port, &search, &r.found), &r.found.resultByte},
+      {CALL(CAN_PrtSetHardFilt, port, frameBytes, &r.detail), &r.detail},
+      {CALL(CAN_PrtSetSoftFilt, port, frameBytes, &r.detail), &r.detail},
+      {CALL(CAN_PrtLoadAssocTable, port, &otherTable, &r.assoc), &r.assoc.errorCode},
+      {CALL(CAN_PrtSetParamFlux, port, frameBytes, 0), nullptr},
+      {CALL(CAN_PrtRegulationOn, port, 0, frameBytes), nullptr},
+      {CALL(CAN_PrtRegulationOff, port, frameBytes), nullptr},
+      {CALL(CAN_PrtPortGetState, port, &r.state), nullptr},
+      {CALL(CAN_PrtSetSndCycl, port, frameBytes, 0, &r.detail), &r.detail},
+      {CALL(CAN_PrtActSndCycl, port, 0, &r.detail), &r.detail},
+      {CALL(CAN_PrtUpdSndCycl, port, frameBytes, &r.detail), &r.detail},
+      {CALL(CAN_PrtDActSndCycl, port, 0, &r.detail), &r.detail},
+      {CALL(CAN_PrtDelSndCycl, port, 0, &r.detail), &r.detail},
+      {CALL(CAN_PrtCtrlReinit, port, frameBytes), nullptr},
+      {CALL(CAN_PrtSendTrame, port, &frame, &r.detail), &r.detail, 2},
+      {CALL(CAN_ChnEnumerate, port, &list), nullptr},
+      {CALL(CAN_ChnCreate, port, CHN_ONE_TO_ONE, 0, &r.handle), nullptr},
+      {CALL(CAN_ChnConfig, open, &chnConfig), nullptr},
+      {CALL(CAN_ChnOpenSession, spare), nullptr},
+      {CALL(CAN_ChnCloseSession, open), nullptr},
+      {CALL(CAN_ChnSendDiag, open, &request), nullptr},
   };
   for (const auto &row : armed) {
     box.mode = row.mode;

@@ -17,15 +17,6 @@ using FileWatchHost = BusTest;
 
 namespace {
 
-CAN_FramePort frameTo(uint32_t canId, std::vector<uint8_t> bytes) {
-  CAN_FramePort frame = {};
-  frame.canId = canId;
-  frame.length = static_cast<uint32_t>(bytes.size());
-  for (size_t i = 0; i < bytes.size() && i < 8; ++i)
-    frame.bytes[i] = bytes[i];
-  return frame;
-}
-
 std::string hex(unsigned value) {
   char text[16];
   std::snprintf(text, sizeof text, "%X", value);
@@ -117,7 +108,9 @@ TEST_F(FileWatchHost, LinkedScenariosFallBackToTimeChecksWithOneLogLine) {
 // Ending and starting the driver a thousand times leaves no watch and no
 // descriptor behind, and the last start still sees edits.
 TEST_F(FileWatchHost, ThousandRestartsLeaveNoWatchBehind) {
-  start(ecu("7E0", "7E8", ScenarioFile().event("22F190", {"62F19001"}), "engine"), 2);
+  const std::string engine =
+      ecu("7E0", "7E8", ScenarioFile().event("22F190", {"62F19001"}), "engine");
+  start(engine, 2);
   CAN_DrvEnd();
   EXPECT_EQ(FileWatch::watchedFolderCount(), 0u);
 #ifndef _WIN32
@@ -131,10 +124,7 @@ TEST_F(FileWatchHost, ThousandRestartsLeaveNoWatchBehind) {
 #ifndef _WIN32
   EXPECT_EQ(openDescriptors(), descriptors);
 #endif
-  ASSERT_EQ(CAN_DrvInit(configPath.c_str()), E_SUCCESS);
-  ASSERT_EQ(CAN_DevReservation(kSerial, &device), E_SUCCESS);
-  ASSERT_EQ(CAN_PrtReservation(device, 96, &port), E_SUCCESS);
-  ASSERT_EQ(CAN_DevSetMode(device, 2, &detail), E_SUCCESS);
+  start(engine, 2);
   ScenarioFile().event("22F190", {"62F19003"}).writeTo(dir.file("engine.xml"));
   setModificationTime(dir.file("engine.xml"), 2000000000);
   const CAN_FramePort request = frameTo(0x7E0, {0x22, 0xF1, 0x90});

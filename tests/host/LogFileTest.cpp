@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
@@ -49,13 +50,6 @@ std::vector<std::string> linesOf(const std::string &path) {
   return lines;
 }
 
-std::string backslashed(std::string path) {
-  for (char &c : path)
-    if (c == '/')
-      c = '\\';
-  return path;
-}
-
 } // namespace
 
 // The lines are appended after what the file held, each with the local time
@@ -85,7 +79,9 @@ TEST(LogFile, CansimuLogGetsEveryLineWithItsLocalTimeAndAnUnopenableFileIsReport
     ASSERT_TRUE(std::regex_match(lines[i + 1], parts, stamped)) << lines[i + 1];
     EXPECT_GE(parts[1].str(), before);
     EXPECT_LE(parts[1].str(), after);
-    EXPECT_EQ(parts[2].str(), "The file <" + backslashed(benches[i]) + "> is unreachable");
+    std::string stored = benches[i];
+    std::replace(stored.begin(), stored.end(), '/', '\\');
+    EXPECT_EQ(parts[2].str(), "The file <" + stored + "> is unreachable");
   }
 
   const std::string unopenable = dir.file("no-such-folder/cansimu.log");

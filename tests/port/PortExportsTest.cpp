@@ -38,13 +38,7 @@ TEST_F(PortExports, ModeGatesEachOperationAfterTheConnection) {
       [&] { return CAN_PrtRegulationOff(port, some); },
       [&] { return CAN_PrtPortGetState(port, &state); },
       [&] { return CAN_PrtSendTrame(port, &frame, &detail); },
-      [&] {
-        CAN_EventPort *event = nullptr;
-        uint32_t pending = 0;
-        const CAN_STATUS status = CAN_PrtRxMsg(port, &event, &pending, 1);
-        CAN_PrtFreeRxMsg(event);
-        return status;
-      },
+      [&] { return queues::readStatus<CAN_EventPort>(port, 1); },
       [&] { return CAN_PrtSetSndCycl(port, some, 0, &detail); },
   };
   // Per mode 0 to 3, then disconnected: the status of each call above.

@@ -8,17 +8,6 @@
 using namespace bus_test;
 using RawFrames = BusTest;
 
-namespace {
-CAN_FramePort frameTo(uint32_t canId, std::vector<uint8_t> bytes) {
-  CAN_FramePort frame = {};
-  frame.canId = canId;
-  frame.length = static_cast<uint32_t>(bytes.size());
-  for (size_t i = 0; i < bytes.size() && i < 8; ++i)
-    frame.bytes[i] = bytes[i];
-  return frame;
-}
-} // namespace
-
 TEST_F(RawFrames, TheAddressedEcuAnswersWithItsIdRxAndItsLogLines) {
   start(ecu("7E0", "7E8",
             ScenarioFile().event("22F190", {"62F19001"}).event("3E", {"7E00112233445566778899"}),

@@ -58,13 +58,19 @@ void replaceFile(const std::string &path, const std::string &content, long long 
   FAIL() << "cannot replace " << path << ": " << failed.message();
 }
 
-std::string hex(const uint8_t *bytes, size_t count) {
-  static const char digits[] = "0123456789ABCDEF";
-  std::string text;
-  for (size_t i = 0; i < count; ++i)
-    text += {digits[bytes[i] >> 4], digits[bytes[i] & 0xF]};
-  return text;
+// Reads the queue of `handle` until its end marker, counting each event
+// under the key `keyOf` gives it.
+template <class Event, class Key> void readUntilEnd(void *handle, Tally &tally, Key keyOf) {
+  for (;;) {
+    const queues::Owned<Event> event = queues::take<Event>(handle, 50);
+    if (!event)
+      continue;
+    if (event->type == 0)
+      return;
+    tally.add(keyOf(*event));
+  }
 }
+template <class Event> std::string typeOf(const Event &event) { return std::to_string(event.type); }
 
 class Stress : public BusTest {
 protected:
@@ -129,68 +135,21 @@ TEST_F(Stress, EveryAnswerAndInjectedEventArrivesOnceWhileFilesChangeUnderTraffi
 
   std::vector<std::thread> readers;
   Tally driver, box, bus, chn[4];
+  readers.emplace_back([&] { readUntilEnd<CAN_EventDrv>(nullptr, driver, typeOf<CAN_EventDrv>); });
+  readers.emplace_back([&] { readUntilEnd<CAN_EventDev>(device, box, typeOf<CAN_EventDev>); });
   readers.emplace_back([&] {
-    for (;;) {
-      CAN_EventDrv *event = nullptr;
-      uint32_t pending = 0;
-      if (CAN_DrvRxMsg(&event, &pending, 50) != E_SUCCESS)
-        continue;
-      const uint32_t type = event->type;
-      CAN_DrvFreeRxMsg(event);
-      if (type == 0)
-        return;
-      driver.add(std::to_string(type));
-    }
-  });
-  readers.emplace_back([&] {
-    for (;;) {
-      CAN_EventDev *event = nullptr;
-      uint32_t pending = 0;
-      if (CAN_DevRxMsg(device, &event, &pending, 50) != E_SUCCESS)
-        continue;
-      const uint32_t type = event->type;
-      CAN_DevFreeRxMsg(event);
-      if (type == 0)
-        return;
-      box.add(std::to_string(type));
-    }
-  });
-  readers.emplace_back([&] {
-    for (;;) {
-      CAN_EventPort *event = nullptr;
-      uint32_t pending = 0;
-      if (CAN_PrtRxMsg(port, &event, &pending, 50) != E_SUCCESS)
-        continue;
-      const uint32_t type = event->type;
-      std::string key = std::to_string(type);
-      if (type == PRT_TYPE_FRAME) {
-        const auto *frame = static_cast<CAN_FramePort *>(event->data);
-        key = "frame " + hex(frame->bytes, frame->length);
-      }
-      CAN_PrtFreeRxMsg(event);
-      if (type == 0)
-        return;
-      bus.add(key);
-    }
+    readUntilEnd<CAN_EventPort>(port, bus, [](const CAN_EventPort &event) {
+      return event.type == PRT_TYPE_FRAME ? "frame " + frameHex(event) : typeOf(event);
+    });
   });
   for (int i = 0; i < 4; ++i)
     readers.emplace_back([&, i] {
-      for (;;) {
-        CAN_EventChn *event = nullptr;
-        uint32_t pending = 0;
-        if (CAN_ChnRxMsg(channels[i], &event, &pending, 50) != E_SUCCESS)
-          continue;
-        const uint32_t type = event->type;
-        std::string key = std::to_string(type);
-        if (type == CHN_TYPE_RCV_SUCCESS) {
-          const auto *answer = static_cast<CAN_ChnResult *>(event->data);
-          key = hex(answer->frameData, answer->frameLength);
-        }
-        CAN_ChnFreeRxMsg(event);
-        if (type == 0)
-          return;
-        chn[i].add(key);
-      }
+      readUntilEnd<CAN_EventChn>(channels[i], chn[i], [](const CAN_EventChn &event) {
+        if (event.type != CHN_TYPE_RCV_SUCCESS)
+          return typeOf(event);
+        const auto *answer = static_cast<CAN_ChnResult *>(event.data);
+        return queues::hexOf(answer->frameData, answer->frameLength);
+      });
     });
 
   std::vector<std::thread> workers;
@@ -203,20 +162,14 @@ TEST_F(Stress, EveryAnswerAndInjectedEventArrivesOnceWhileFilesChangeUnderTraffi
         if (CAN_ChnSendDiag(channels[i], &request) != E_SUCCESS)
           ++refused;
     });
-  workers.emplace_back([&] {
-    const CAN_FramePort frame = {0x7E2, 0, 0, 2, {0x22, 0x01}, 0};
-    uint8_t frameDetail = 0;
-    for (int n = 0; n < kFrames; ++n)
-      if (CAN_PrtSendTrame(port, &frame, &frameDetail) != E_SUCCESS)
-        ++refused;
-  });
-  workers.emplace_back([&] {
-    const CAN_FramePort frame = {0x7E3, 0, 0, 2, {0x22, 0x01}, 0};
-    uint8_t frameDetail = 0;
-    for (int n = 0; n < kFrames; ++n)
-      if (CAN_PrtSendTrame(port, &frame, &frameDetail) != E_SUCCESS)
-        ++refused;
-  });
+  for (const uint32_t canId : {0x7E2u, 0x7E3u})
+    workers.emplace_back([&, canId] {
+      const CAN_FramePort frame = frameTo(canId, {0x22, 0x01});
+      uint8_t frameDetail = 0;
+      for (int n = 0; n < kFrames; ++n)
+        if (CAN_PrtSendTrame(port, &frame, &frameDetail) != E_SUCCESS)
+          ++refused;
+    });
   workers.emplace_back([&] {
     CAN_StatePort state;
     for (int n = 0; n < kInjections; ++n) {

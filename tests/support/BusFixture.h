@@ -7,35 +7,46 @@
 #include "core/SimuDriver.h"
 #include "device/SimuDevice.h"
 #include "support/LogCapture.h"
+#include "support/Queues.h"
 #include "support/TempDir.h"
 #include "support/XmlFiles.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <memory>
+#include <algorithm>
 #include <string>
+#include <vector>
 
 namespace bus_test {
 
 constexpr const char *kSerial = "SIMU-0042";
 
-struct FreePortEvent {
-  void operator()(CAN_EventPort *event) const { CAN_PrtFreeRxMsg(event); }
-};
-using PortEvent = std::unique_ptr<CAN_EventPort, FreePortEvent>;
+using PortEvent = queues::Owned<CAN_EventPort>;
 
-class BusTest : public ::testing::Test {
+// A driver reading a configuration file the test writes into its own
+// directory; ended after each test.
+class DriverTest : public ::testing::Test {
 protected:
   TempDir dir;
   std::string configPath = dir.file("bench.xml");
   LogCapture log;
   long long fileTime = 1000000;
-  CAN_DEV_HANDLE device = nullptr;
-  CAN_PRT_HANDLE port = nullptr;
   uint8_t detail = 0;
 
   void TearDown() override { CAN_DrvEnd(); }
+  // Saves the configuration with a later time: read at the next driver poll.
+  void saveFile(const ConfigurationFile &file) {
+    file.writeTo(configPath);
+    setModificationTime(configPath, ++fileTime);
+  }
+  // A host's poll: it re-reads an edited configuration, then times out.
+  void pollDriver() { EXPECT_TRUE(queues::isEmpty<CAN_EventDrv>(nullptr)); }
+};
+
+class BusTest : public DriverTest {
+protected:
+  CAN_DEV_HANDLE device = nullptr;
+  CAN_PRT_HANDLE port = nullptr;
 
   // A UCE element whose scenario is written as `name`.xml (no file for an
   // empty name: the scenario attribute is then empty).
@@ -59,45 +70,34 @@ protected:
     ASSERT_EQ(CAN_PrtReservation(device, 96, &port), E_SUCCESS);
     ASSERT_EQ(CAN_DevSetMode(device, mode, &detail), E_SUCCESS);
   }
-  // Saves the configuration with a later time: read at the next driver poll.
-  void save(const std::string &sections) {
-    bench(sections).writeTo(configPath);
-    setModificationTime(configPath, ++fileTime);
-  }
+  void save(const std::string &sections) { saveFile(bench(sections)); }
   void edit(const std::string &sections) {
     save(sections);
-    CAN_EventDrv *event = nullptr;
-    uint32_t pending = 0;
-    EXPECT_EQ(CAN_DrvRxMsg(&event, &pending, 1), E_NO_EVENT);
+    pollDriver();
   }
   SimuPort &simuPort() { return *SimuDriver::instance()->device->port; }
 
   // The next port event; a zeroed record when none came within the timeout.
   PortEvent nextEvent(uint32_t timeoutMs = 1000) {
-    CAN_EventPort *event = nullptr;
-    uint32_t pending = 0;
-    EXPECT_EQ(CAN_PrtRxMsg(port, &event, &pending, timeoutMs), E_SUCCESS);
-    return PortEvent(event ? event : static_cast<CAN_EventPort *>(calloc(1, sizeof *event)));
+    return queues::next<CAN_EventPort>(port, timeoutMs);
   }
-  bool portQueueIsEmpty() {
-    CAN_EventPort *event = nullptr;
-    uint32_t pending = 0;
-    const CAN_STATUS status = CAN_PrtRxMsg(port, &event, &pending, 1);
-    CAN_PrtFreeRxMsg(event);
-    return status == E_NO_EVENT;
-  }
+  bool portQueueIsEmpty() { return queues::isEmpty<CAN_EventPort>(port); }
 };
 
 // The data bytes of a frame event, as hex text.
 inline std::string frameHex(const CAN_EventPort &event) {
-  static const char digits[] = "0123456789ABCDEF";
   const auto *frame = static_cast<const CAN_FramePort *>(event.data);
-  std::string text;
-  for (uint32_t i = 0; frame != nullptr && i < frame->length && i < 8; ++i) {
-    text += digits[frame->bytes[i] >> 4];
-    text += digits[frame->bytes[i] & 0xF];
-  }
-  return text;
+  return frame == nullptr ? "" : queues::hexOf(frame->bytes, std::min<uint32_t>(frame->length, 8));
+}
+
+// A raw frame to `canId` with the bytes given (8 at most are kept).
+inline CAN_FramePort frameTo(uint32_t canId, std::vector<uint8_t> bytes) {
+  CAN_FramePort frame = {};
+  frame.canId = canId;
+  frame.length = static_cast<uint32_t>(bytes.size());
+  for (size_t i = 0; i < bytes.size() && i < 8; ++i)
+    frame.bytes[i] = bytes[i];
+  return frame;
 }
 
 } // namespace bus_test

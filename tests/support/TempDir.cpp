@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <random>
 #include <stdexcept>
 #include <utime.h>
@@ -30,6 +31,11 @@ void writeFile(const std::string &path, const std::string &content) {
   out << content;
   if (!out)
     throw std::runtime_error("cannot write " + path);
+}
+
+std::string readFile(const std::string &path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 void setModificationTime(const std::string &path, long long seconds) {

@@ -20,6 +20,8 @@ private:
 
 // Writes `content` to `path`, replacing the file.
 void writeFile(const std::string &path, const std::string &content);
+// The whole content of a file, byte for byte; empty when it cannot be read.
+std::string readFile(const std::string &path);
 
 // Sets the file's access and modification times to `seconds` since the
 // epoch: how a test simulates an edit without waiting for the clock.
