@@ -4,6 +4,7 @@
 #include "cansimu/cansimu.h"
 #include "core/CodeNames.h"
 #include "core/LogMessage.h"
+#include "core/NumberText.h"
 #include "platform/CodePage.h"
 #include "platform/TDomData.h"
 
@@ -81,8 +82,6 @@ bool readCode(const ACE_WString &text, const ValueNames &names, ACE_UINT32 &valu
   return false;
 }
 
-ACE_WString numberText(ACE_UINT32 value) { return ACE_WString(std::to_wstring(value).c_str()); }
-
 // Logs why an element is skipped; false, for the reader to return.
 bool skip(const ACE_WString &exportName, const ACE_WString &why) {
   logMessage(ACE_WString(L"INJECT <") + exportName + ACE_WString(L">: ") + why +
@@ -135,8 +134,8 @@ void report(const Injection &injection, StatusInjection::Outcome outcome) {
                           : outcome == Outcome::Armed       ? L" armed"
                                                       : L" dropped: an earlier arming still waits";
   logMessage(ACE_WString(L"INJECT <") + injection.exportName + ACE_WString(L">: ") +
-             ACE_WString(what) + numberText(injection.status) + ACE_WString(L", detail ") +
-             numberText(injection.detail) + ACE_WString(result));
+             ACE_WString(what) + decimalText(injection.status) + ACE_WString(L", detail ") +
+             decimalText(injection.detail) + ACE_WString(result));
 }
 
 } // namespace

@@ -2,15 +2,11 @@
 // answer 4 in this family, then hands over to the channel its handle names
 // (creation and enumeration go through the port).
 #include "api/ExportCall.h"
+#include "api/Handles.h"
 #include "cansimu/cansimu.h"
 #include "channel/SimuChannel.h"
 #include "core/LogMessage.h"
 #include "port/SimuPort.h"
-
-namespace {
-SimuPort *portOf(CAN_PRT_HANDLE handle) { return static_cast<SimuPort *>(handle); }
-SimuChannel *channelOf(CAN_CHN_HANDLE handle) { return static_cast<SimuChannel *>(handle); }
-} // namespace
 
 extern "C" {
 

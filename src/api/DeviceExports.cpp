@@ -1,13 +1,12 @@
 // The device-level exports: each runs the export frame, then hands over to
 // the device its handle names (or, without a handle, to the driver's device).
 #include "api/ExportCall.h"
+#include "api/Handles.h"
 #include "cansimu/cansimu.h"
 #include "core/SimuDriver.h"
 #include "device/SimuDevice.h"
 
 namespace {
-SimuDevice *deviceOf(CAN_DEV_HANDLE handle) { return static_cast<SimuDevice *>(handle); }
-
 // What CAN_DevRunTest answers when no status is armed.
 constexpr float kTestFirstValue = 2.0f;
 constexpr float kTestSecondValue = 2.7f;

@@ -1,15 +1,11 @@
 // The port-level exports: each runs the export frame, then hands over to the
 // port its handle names (enumeration and reservation go through the device).
 #include "api/ExportCall.h"
+#include "api/Handles.h"
 #include "cansimu/cansimu.h"
 #include "core/LogMessage.h"
 #include "device/SimuDevice.h"
 #include "port/SimuPort.h"
-
-namespace {
-SimuDevice *deviceOf(CAN_DEV_HANDLE handle) { return static_cast<SimuDevice *>(handle); }
-SimuPort *portOf(CAN_PRT_HANDLE handle) { return static_cast<SimuPort *>(handle); }
-} // namespace
 
 extern "C" {
 

@@ -13,6 +13,7 @@
 #include "core/HexText.h"
 #include "core/LogMessage.h"
 #include "core/LogText.h"
+#include "core/NumberText.h"
 #include "ecu/AnswerNotes.h"
 #include "ecu/SimuECU.h"
 #include "platform/CodePage.h"
@@ -189,8 +190,6 @@ void traceRequest(BusTrace::Batch &batch, const CAN_DiagMsg *request,
     batch.message(ecus.front()->idTx, ecus.front()->idRx, bytes, length);
 }
 
-ACE_WString numberText(unsigned value) { return ACE_WString(std::to_wstring(value).c_str()); }
-
 } // namespace
 
 CAN_STATUS SimuChannel::send(const CAN_DiagMsg &request) {
@@ -237,7 +236,7 @@ void SimuChannel::exchange(const CAN_DiagMsg *request, const ACE_WString &reques
     logMessage(fittedLine({L"Response [", response, L"]"}, kLineCapacity));
     if (timing.delayed())
       logMessage(L"[" + identifierText(ecu->idRx) + L"]  Answer due in " +
-                 numberText(timing.finalDueMs()) + L" ms after " + numberText(timing.pending) +
+                 decimalText(timing.finalDueMs()) + L" ms after " + decimalText(timing.pending) +
                  L" response-pending answers");
     lastDueMs = std::max(lastDueMs, timing.finalDueMs());
     // Built only for an answer that has response-pending answers before it.

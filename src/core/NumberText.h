@@ -3,6 +3,7 @@
 
 #include <ace/Basic_Types.h>
 #include <ace/SString.h>
+#include <string>
 
 // Hexadecimal as strtol reads it with base 16 into a 32-bit long: leading
 // white space, a sign, an optional 0x, digits of either case up to the first
@@ -20,3 +21,8 @@ struct DecimalReading {
 };
 DecimalReading readDecimal(const ACE_WString &text);
 inline float decimalNumber(const ACE_WString &text) { return readDecimal(text).value; }
+
+// A number in decimal digits, for log lines.
+inline ACE_WString decimalText(ACE_UINT32 value) {
+  return ACE_WString(std::to_wstring(value).c_str());
+}

@@ -15,7 +15,7 @@
 
 namespace {
 
-const char kDetails[] =
+const char kAskDetails[] =
     "Sends each REQUEST (hex, \"22F190\"; words of one byte each, \"22 F1 90\",\n"
     "make one request) to one ECU of the bench CONFIG and\n"
     "prints each answer decoded: event type, result code, the frame in hex\n"
@@ -45,14 +45,6 @@ const char kDetails[] =
     "\n"
     "Exit status: 0 when every request got an answer, 1 when one did not\n"
     "(or the library refused a call), 2 for a bad request or an unknown ECU.\n";
-
-// Answers are queued before the request's call returns: only a request
-// without any answer waits this long.
-constexpr uint32_t kReadMs = 100;
-constexpr size_t kFrameBytes = 8;
-// How long an ECU that answered "response pending" may take for its next
-// answer (a usual P2* time).
-constexpr uint32_t kPendingMs = 5000;
 
 bool isResponsePending(const std::string &frame) {
   return frame.size() == 6 && frame.compare(0, 2, "7F") == 0 && frame.compare(4, 2, "78") == 0;
@@ -264,7 +256,7 @@ Command askCommand() {
   return {"ask",
           "ask CONFIG ECU REQUEST...",
           "what an ECU answers to hex requests",
-          kDetails,
+          kAskDetails,
           2,
           SIZE_MAX,
           {"--broadcast", "--frame", "--json"},

@@ -13,7 +13,7 @@
 
 namespace {
 
-const char kDetails[] =
+const char kCheckDetails[] =
     "Reads each FILE, a bench or a scenario (a folder: its .xml files), as the\n"
     "library reads it, without a host, and reports the mistakes that the\n"
     "library passes over in silence, one line each: FILE:LINE: warning: ...\n"
@@ -144,7 +144,7 @@ Command checkCommand() {
   return {"check",
           "check FILE...",
           "report the silent mistakes of benches and scenarios",
-          kDetails,
+          kCheckDetails,
           1,
           SIZE_MAX,
           {"--frame"},

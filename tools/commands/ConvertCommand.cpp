@@ -7,7 +7,7 @@
 
 namespace {
 
-const char kDetails[] =
+const char kConvertDetails[] =
     "Converts the CAN trace IN into OUT, each in the format its extension names:\n"
     "the candump log (.log), and every format python-can 4.1 reads and writes\n"
     "(.asc, .blf, .trc, .csv, .db; .txt only written). The Python package does\n"
@@ -30,7 +30,7 @@ Command convertCommand() {
   return {"convert",
           "convert IN OUT",
           "convert a CAN trace to another format (python-can)",
-          kDetails,
+          kConvertDetails,
           2,
           2,
           {},

@@ -15,7 +15,7 @@
 
 namespace {
 
-const char kDetails[] =
+const char kDemoDetails[] =
     "A guided session with the simulated interface box, as a diagnostic host\n"
     "runs it, one line per call with its status and what came back.\n"
     "\n"
@@ -39,10 +39,6 @@ const char kDetails[] =
     "tree, or the copy built into the program when the tree is not there).\n"
     "The firmware image always comes from the example bench.\n";
 
-// How long each read of the port and channel queues waits; the answers are
-// queued before the request's call returns, so only a missing one waits.
-constexpr uint32_t kReadMs = 100;
-
 // The requests of the one-to-one part: an extended session, the VIN, a
 // service the scenario does not know, an answer the scenario types.
 const char *const kRequests[] = {"1003", "22F190", "280301", "22F195"};
@@ -60,8 +56,6 @@ const char *const kFlashingRequests[] = {"1003",
                                          "37",
                                          "3101FF01",
                                          "1101"};
-// How long the flashing ECU may take after a "response pending" answer.
-constexpr uint32_t kPendingMs = 5000;
 const char kFrameRequest[] = "22F190";
 
 // Stops the demo at a call that did not answer E_SUCCESS.
@@ -238,6 +232,6 @@ int runDemo(const Arguments &arguments) {
 } // namespace
 
 Command demoCommand() {
-  return {"demo", "demo [CONFIG]", "a guided session over the example bench", kDetails, 0, 1,
+  return {"demo", "demo [CONFIG]", "a guided session over the example bench", kDemoDetails, 0, 1,
           {},     runDemo};
 }

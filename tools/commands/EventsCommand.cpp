@@ -15,7 +15,7 @@
 
 namespace {
 
-const char kDetails[] =
+const char kEventsDetails[] =
     "Starts a session with CONFIG, reserves the box and its port 96 and prints\n"
     "every driver, device and port event as it arrives, one line each with the\n"
     "time since the start, the queue and the type name; a CAN frame on the\n"
@@ -113,7 +113,7 @@ Command eventsCommand() {
   return {"events",
           "events CONFIG [--seconds N]",
           "driver, device and port events as they arrive",
-          kDetails,
+          kEventsDetails,
           1,
           1,
           {"--seconds"},

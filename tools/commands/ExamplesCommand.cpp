@@ -8,7 +8,7 @@
 
 namespace {
 
-const char kDetails[] =
+const char kExamplesDetails[] =
     "Writes the example bench built into the program into FOLDER (created when\n"
     "missing): bench.xml, the ECU scenarios, the two firmware images and\n"
     "README.md, which explains them. A file of the same name that differs from\n"
@@ -39,7 +39,7 @@ Command examplesCommand() {
   return {"examples",
           "examples FOLDER",
           "write the example bench into FOLDER, to edit",
-          kDetails,
+          kExamplesDetails,
           1,
           1,
           {"--force"},

@@ -9,7 +9,7 @@
 
 namespace {
 
-const char kDetails[] =
+const char kFlashDetails[] =
     "Starts a session with CONFIG, reserves the box, puts it in mode 0 and\n"
     "downloads IMAGE (an application or boot image) with a live progress bar,\n"
     "then prints the box's versions. While the download runs it also reads\n"
@@ -43,7 +43,7 @@ Command flashCommand() {
   return {"flash",
           "flash CONFIG IMAGE",
           "download a firmware image, with a progress bar",
-          kDetails,
+          kFlashDetails,
           2,
           2,
           {},

@@ -5,8 +5,9 @@
 
 namespace {
 
-const char kDetails[] = "Prints the list of commands and options, or with COMMAND that command's\n"
-                        "help (the same as cansimu COMMAND --help).\n";
+const char kHelpDetails[] =
+    "Prints the list of commands and options, or with COMMAND that command's\n"
+    "help (the same as cansimu COMMAND --help).\n";
 
 int runHelp(const Arguments &arguments) {
   if (arguments.positional.empty()) {
@@ -25,5 +26,5 @@ int runHelp(const Arguments &arguments) {
 } // namespace
 
 Command helpCommand() {
-  return {"help", "help [COMMAND]", "this help, or a command's", kDetails, 0, 1, {}, runHelp};
+  return {"help", "help [COMMAND]", "this help, or a command's", kHelpDetails, 0, 1, {}, runHelp};
 }

@@ -9,7 +9,7 @@
 
 namespace {
 
-const char kDetails[] =
+const char kImportDetails[] =
     "Reads the CAN traces (candump .log, .asc, .blf, .trc, .csv, .db: every\n"
     "format python-can 4.1 reads), reassembles the diagnostic messages\n"
     "(ISO 15765-2), pairs each ECU's requests with its answers and writes\n"
@@ -57,7 +57,7 @@ Command importCommand() {
   return {"import",
           "import TRACE... --out DIR",
           "a bench and scenarios from recorded diagnostic traffic",
-          kDetails,
+          kImportDetails,
           1,
           static_cast<size_t>(-1),
           {"--out", "--ecu", "--dry-run", "--force"},

@@ -13,15 +13,16 @@
 
 namespace {
 
-const char kDetails[] = "Starts a session with CONFIG and prints what the simulated box reports:\n"
-                        "its name and state, boot and application firmware, supply voltages, mode\n"
-                        "and port. A box that the configuration unplugs is reported as such: its\n"
-                        "records are refused (E_DISCONNECTED) and the exit status is 1.\n"
-                        "\n"
-                        "Then the files the library writes for this bench, and who named each:\n"
-                        "the log (CANSIMU_LOG or the bench's LOGFILE), the bus trace\n"
-                        "(CANSIMU_TRACE or TRACEFILE) and the session report (CANSIMU_REPORT or\n"
-                        "REPORTFILE); the variable wins when both name one.\n";
+const char kInfoDetails[] =
+    "Starts a session with CONFIG and prints what the simulated box reports:\n"
+    "its name and state, boot and application firmware, supply voltages, mode\n"
+    "and port. A box that the configuration unplugs is reported as such: its\n"
+    "records are refused (E_DISCONNECTED) and the exit status is 1.\n"
+    "\n"
+    "Then the files the library writes for this bench, and who named each:\n"
+    "the log (CANSIMU_LOG or the bench's LOGFILE), the bus trace\n"
+    "(CANSIMU_TRACE or TRACEFILE) and the session report (CANSIMU_REPORT or\n"
+    "REPORTFILE); the variable wins when both name one.\n";
 
 // Rows of the table: a label, then either the value or the refusing status.
 void row(const char *label, const std::string &value) {
@@ -122,7 +123,12 @@ int runInfo(const Arguments &arguments) {
 } // namespace
 
 Command infoCommand() {
-  return {
-      "info", "info CONFIG", "the box's name, state, firmware, voltages and mode", kDetails, 1, 1,
-      {},     runInfo};
+  return {"info",
+          "info CONFIG",
+          "the box's name, state, firmware, voltages and mode",
+          kInfoDetails,
+          1,
+          1,
+          {},
+          runInfo};
 }

@@ -15,7 +15,7 @@
 
 namespace {
 
-const char kDetails[] =
+const char kInjectDetails[] =
     "Appends to the bench BENCH the element\n"
     "  <INJECT export=\"NAME\" status=\"STATUS\" detail=\"DETAIL\"/>\n"
     "and saves the file, which moves its modification time. At each read of\n"
@@ -92,7 +92,7 @@ Command injectCommand() {
   return {"inject",
           "inject BENCH NAME STATUS [DETAIL]",
           "arm a fault or queue an event from the bench file",
-          kDetails,
+          kInjectDetails,
           3,
           4,
           {},

@@ -12,7 +12,7 @@
 
 namespace {
 
-const char kDetails[] =
+const char kReportDetails[] =
     "Prints the session report FILE that the library wrote (CANSIMU_REPORT, the\n"
     "bench's REPORTFILE element or cansimu --report): per ECU, every scenario\n"
     "entry with its hits, the requests no entry matched, negative answers and\n"
@@ -198,7 +198,7 @@ Command reportCommand() {
   return {"report",
           "report FILE.json",
           "print a session report, write it as JUnit",
-          kDetails,
+          kReportDetails,
           1,
           1,
           {"--junit", "--fail-on"},

@@ -25,7 +25,7 @@
 
 namespace {
 
-const char kDetails[] =
+const char kShellDetails[] =
     "Starts a session with CONFIG and reads commands, one a line:\n"
     "\n"
     "  reserve [NAME]          list the devices and reserve the box (or reserve\n"
@@ -103,7 +103,6 @@ const char kCommandList[] =
 // Answers are queued before the call that asked returns: only a missing
 // answer waits this long.
 constexpr uint32_t kAnswerMs = 100;
-constexpr size_t kFrameBytes = 8;
 // Extended CAN identifiers have 29 bits.
 constexpr uint32_t kHighestCanId = 0x1FFFFFFF;
 // The box's modes: firmware download, CAN parameters, raw frames, measures.
@@ -631,6 +630,7 @@ int runShell(const Arguments &arguments) {
 } // namespace
 
 Command shellCommand() {
-  return {"shell", "shell CONFIG", "a console over one session, or a script of it", kDetails, 1, 1,
-          {},      runShell};
+  return {
+      "shell", "shell CONFIG", "a console over one session, or a script of it", kShellDetails, 1, 1,
+      {},      runShell};
 }

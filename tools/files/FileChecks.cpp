@@ -22,7 +22,7 @@
 namespace {
 
 const char kDialogRequest[] = "OPENDIALOG";
-constexpr size_t kFrameBytes = 8;
+constexpr size_t kFrameDataBytes = 8;
 constexpr size_t kQuotedLength = 40;
 
 // A text as a message shows it: quoted, control characters escaped, long
@@ -237,7 +237,7 @@ private:
       if (!isFrameText(answer))
         return add(line, "answer " + shown +
                              " is not even-length upper-case hex: the host gets meaningless bytes");
-      if (options_.framePath && answer.size() / 2 > kFrameBytes)
+      if (options_.framePath && answer.size() / 2 > kFrameDataBytes)
         add(line, "answer " + shown + " is " + std::to_string(answer.size() / 2) +
                       " bytes long: the raw frame path sends its first 8");
       return;

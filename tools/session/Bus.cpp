@@ -19,15 +19,10 @@ constexpr size_t kStepIndent = 6;
 constexpr size_t kAnswerIndent = 4;
 // A request shows this many bytes in a call's line, then its length.
 constexpr size_t kShownBytes = 8;
-constexpr size_t kFrameBytes = 8;
 
 // The candidate setting a baud-rate detection offers: 500 kbit/s.
 const CAN_BaudSetting kCandidate = {
     {0x01, 0xF4, 0x00, 0x00, 0x0D, 0x02, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00}};
-
-std::string waitCall(const char *name, uint32_t timeoutMs) {
-  return std::string(name) + "(timeout " + std::to_string(timeoutMs) + " ms)";
-}
 
 std::string shownBytes(const Bytes &bytes) {
   if (bytes.size() <= kShownBytes)

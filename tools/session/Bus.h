@@ -8,6 +8,7 @@
 #include "output/FrameText.h"
 #include "session/Session.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -16,6 +17,15 @@
 // Json: nothing is printed but refused calls, on standard error; the
 // answers are kept in the Reading for the caller to print.
 enum class Voice { Steps, Answers, Json };
+
+// The data bytes of one CAN frame.
+constexpr size_t kFrameBytes = 8;
+// How long a read of the port or channel queue waits: answers are queued
+// before the request's call returns, so only a missing one waits this long.
+constexpr uint32_t kReadMs = 100;
+// How long an ECU that answered "response pending" may take for its next
+// answer (a usual P2* time).
+constexpr uint32_t kPendingMs = 5000;
 
 // One event read, as machine-readable fields.
 struct ReadEvent {

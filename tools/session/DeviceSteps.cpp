@@ -6,10 +6,11 @@
 #include <chrono>
 #include <cstdio>
 
-namespace {
 std::string waitCall(const char *name, uint32_t timeoutMs) {
   return std::string(name) + "(timeout " + std::to_string(timeoutMs) + " ms)";
 }
+
+namespace {
 std::string left(uint32_t pending) { return ", " + std::to_string(pending) + " left"; }
 } // namespace
 

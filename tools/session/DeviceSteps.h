@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <string>
 
+// A waiting call as its step line names it: "CAN_DrvRxMsg(timeout 100 ms)".
+std::string waitCall(const char *name, uint32_t timeoutMs);
+
 // Session::reserve, then one read of the driver and the device queues, so
 // that the state the configuration gives the box (unplugged, say) is the one
 // it shows from the first command on. Prints one line per call (`quiet`:
