@@ -34,7 +34,7 @@ set -euo pipefail
 
 # Changing any version or build setting below must change this id, which
 # names the prefix; the toolchain files read it from this line.
-CANSIMU_WINDEPS_ID="ace7.0.8-pugixml1.13-gtest1.12.1-r3"
+CANSIMU_WINDEPS_ID="ace7.0.8-pugixml1.13-gtest1.12.1-r4"
 ACE_VERSION=7.0.8
 PUGIXML_VERSION=1.13
 GTEST_VERSION=1.12.1
@@ -338,23 +338,25 @@ ace_generate_makefile() (
 )
 
 # The ACE sources compiled: those whose objects the DLL, the program and the
-# tests take from a whole libACE.a when they link (found with the linker's
-# map), about a quarter of ACE's 314. A change that uses an ACE class outside
+# tests take from a whole libACE.a when they link, for either target (found
+# with the linker's map; 32-bit builds need Atomic_Op besides), about a
+# quarter of ACE's 314. A change that uses an ACE class outside
 # them fails to link with an undefined ACE_ symbol: add the class's source
 # file here and change the id above.
 ace_sources=(
-  ACE Addr Base_Thread_Adapter CDR_Base CDR_Stream Cleanup Condition_Thread_Mutex Copy_Disabled DLL
-  DLL_Manager Event_Base Event_Handler Event_Handler_Handle_Timeout_Upcall Flag_Manip
-  Framework_Component Get_Opt Handle_Set INET_Addr IPC_SAP Init_ACE Lib_Find Log_Category Log_Msg
-  Log_Msg_Backend Log_Msg_IPC Log_Msg_NT_Event_Log Log_Record Malloc Malloc_Allocator Message_Block
-  Message_Queue Mutex OS_NS_Thread OS_NS_arpa_inet OS_NS_fcntl OS_NS_signal OS_NS_stdio
-  OS_NS_stdlib OS_NS_string OS_NS_sys_socket OS_NS_sys_uio OS_NS_time OS_NS_unistd OS_QoS
-  OS_Thread_Adapter Obchunk Object_Manager Object_Manager_Base Parse_Node Process_Mutex RW_Mutex
-  RW_Thread_Mutex Reactor Reactor_Impl Reactor_Timer_Interface Recursive_Thread_Mutex SOCK
-  SOCK_Acceptor SOCK_Connector SOCK_Stream Service_Config Service_Gestalt Service_Manager
-  Service_Object Service_Repository Service_Types Shared_Object Sig_Adapter Sig_Handler Signal
-  Sock_Connect Stack_Trace String_Base_Const Svc_Conf_Lexer Svc_Conf_y Task Thread_Adapter
-  Thread_Control Thread_Exit Thread_Manager Thread_Mutex Time_Value WFMO_Reactor
+  ACE Addr Atomic_Op Base_Thread_Adapter CDR_Base CDR_Stream Cleanup Condition_Thread_Mutex
+  Copy_Disabled DLL DLL_Manager Event_Base Event_Handler Event_Handler_Handle_Timeout_Upcall
+  Flag_Manip Framework_Component Get_Opt Handle_Set INET_Addr IPC_SAP Init_ACE Lib_Find
+  Log_Category Log_Msg Log_Msg_Backend Log_Msg_IPC Log_Msg_NT_Event_Log Log_Record Malloc
+  Malloc_Allocator Message_Block Message_Queue Mutex OS_NS_Thread OS_NS_arpa_inet OS_NS_fcntl
+  OS_NS_signal OS_NS_stdio OS_NS_stdlib OS_NS_string OS_NS_sys_socket OS_NS_sys_uio OS_NS_time
+  OS_NS_unistd OS_QoS OS_Thread_Adapter Obchunk Object_Manager Object_Manager_Base Parse_Node
+  Process_Mutex RW_Mutex RW_Thread_Mutex Reactor Reactor_Impl Reactor_Timer_Interface
+  Recursive_Thread_Mutex SOCK SOCK_Acceptor SOCK_Connector SOCK_Stream Service_Config
+  Service_Gestalt Service_Manager Service_Object Service_Repository Service_Types Shared_Object
+  Sig_Adapter Sig_Handler Signal Sock_Connect Stack_Trace String_Base_Const Svc_Conf_Lexer
+  Svc_Conf_y Task Thread_Adapter Thread_Control Thread_Exit Thread_Manager Thread_Mutex Time_Value
+  WFMO_Reactor
 )
 
 build_ace() {
