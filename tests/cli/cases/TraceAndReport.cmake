@@ -60,7 +60,11 @@ cli_case(EXIT 3 ARGS report ${bench} EXPECT "bench.xml is not a session report")
 # ended, with the request it sent.
 file(WRITE ${work}/steps.txt
   "reserve\nmode 1\nport\nassoc\nchannel engine\nopen\nsend 22F190\nsleep 60000\n")
+# Killed, the program cannot remove the log it would make in the temporary
+# folder: it writes one here instead.
+set(ENV{CANSIMU_LOG} ${work}/killed.log)
 execute_process(COMMAND ${EMULATOR} ${PROGRAM} --report ${work}/killed.json shell ${bench}
   INPUT_FILE ${work}/steps.txt OUTPUT_QUIET ERROR_QUIET TIMEOUT 5)
+unset(ENV{CANSIMU_LOG})
 cli_case(EXIT 0 ARGS report ${work}/killed.json EXPECT
   "\\(the host had not ended\\)" "engine.xml:[0-9]+  22F190  1 hit\n")
