@@ -1,8 +1,8 @@
-# Faster builds from scratch, for the trees the suite builds once (the Windows
-# and the sanitizer ones). Under MinGW the third-party headers are most of
-# each file's compile time: ACE brings <windows.h> and Winsock, about 150 000
-# lines a file. The quick Linux build leaves both off, so that a file that
-# lacks an include of its own fails there and an edit recompiles one file.
+# Faster builds from scratch: ./dev test builds six trees. The third-party
+# headers are most of each file's compile time, under MinGW above all: ACE
+# brings <windows.h> and Winsock, about 150 000 lines a file. The
+# ThreadSanitizer build compiles one file a unit, so that a library file that
+# lacks an include of its own still fails to build there.
 # - CANSIMU_UNITY: the library's and the program's files are compiled eight
 #   to a unit, so that the headers they share are parsed once a unit.
 # - CANSIMU_PCH: the test programs, each a few files, share one precompiled
