@@ -118,11 +118,6 @@ TEST(CliInjections, ReadInjection_ChecksNamesValuesAndTypesAndSaysWhatHappens) {
   }
 }
 
-TEST(CliCodes, Texts_NumberAStatusWithoutANameAndKeepEachQueuesOwnTypes) {
-  EXPECT_EQ(statusText(5), "status 5");
-  EXPECT_EQ(driverEventName(DEV_TYPE_RESET), nullptr) << "each queue has its own types";
-}
-
 TEST(CliRecords, DeviceEvents_DescribeThePayloadOfTheirType) {
   // A progress event carries its value in the data word, not behind it.
   EXPECT_EQ(describeDeviceEvent(deviceEvent(DEV_TYPE_PROGRESS, reinterpret_cast<void *>(44))),
