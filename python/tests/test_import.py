@@ -104,23 +104,6 @@ def test_the_session_is_paired_per_ecu_with_rotations_and_functional_answers(tmp
     assert importer.other_frames[0x123, False] == 2
 
 
-def without_comments(folder):
-    return {path.name: re.sub(r"<!--.*?-->", "", path.read_text(), flags=re.S)
-            for path in sorted(Path(folder).iterdir())}
-
-
-@pytest.mark.parametrize("extension", [".asc", ".blf", ".trc"])
-def test_the_session_in_every_format_imports_to_identical_scenarios(tmp_path, extension):
-    log = write_log(tmp_path / "bus.log", SESSION)
-    trace = tmp_path / f"bus{extension}"
-    with can.Logger(str(trace)) as writer, can.LogReader(str(log)) as reader:
-        for message in reader:
-            writer.on_message_received(message)
-    import_traces([log], tmp_path / "reference")
-    import_traces([trace], tmp_path / "imported")
-    assert without_comments(tmp_path / "imported") == without_comments(tmp_path / "reference")
-
-
 def _answer(request, payload, **options):
     return exchange(0x7E0, 0x7E8, request, payload, **options)
 

@@ -61,14 +61,6 @@ def test_injections_by_call_and_by_bench(cansimu_bench):
         cansimu_bench.ask("engine", "22F190")
 
 
-def test_a_saved_scenario_is_read_at_the_next_request(cansimu_bench):
-    with cansimu_bench.channel("engine") as engine:
-        assert engine.ask("22F190")[0].data.endswith(b"0042")
-        path = cansimu_bench.scenario("engine")
-        cansimu_bench.edit(path, path.read_text().replace("3432</TRAME>", "3939</TRAME>"))
-        assert engine.ask("22F190")[0].data.endswith(b"0099")
-
-
 def test_a_bench_given_as_text_with_its_scenario():
     scenario = ("<S><EVENEMENT><REQUETE><TRAME>3E00</TRAME></REQUETE>"
                 "<REPONSE><TRAME>7E00</TRAME></REPONSE></EVENEMENT></S>")

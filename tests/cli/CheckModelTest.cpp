@@ -66,35 +66,6 @@ unsigned namedLine(const std::string &message, const std::string &marker) {
 
 } // namespace
 
-TEST(CliCheck, OverlapFindings_AreWhatTheLibraryAnswers) {
-  TempDir dir;
-  const std::string path = ScenarioFile()
-                               .event("22F1*", {"AA"})
-                               .event("22F187", {"BB"})
-                               .event("3E00", {"CC"})
-                               .event("3E*", {"DD"})
-                               .event("1101", {"EE"})
-                               .event("1101", {"FF"})
-                               .writeTo(dir.file("scenario.xml"));
-  std::vector<std::string> messages;
-  for (const Finding &finding : check(path).findings)
-    messages.push_back(std::to_string(finding.line) + " " + finding.message);
-  ASSERT_EQ(messages.size(), 3u);
-  EXPECT_NE(messages[0].find("4 request '22F187' is already matched by '22F1*' (line 3)"),
-            std::string::npos);
-  EXPECT_NE(messages[1].find("6 request '3E*' hides the earlier, more specific '3E00' (line 5)"),
-            std::string::npos);
-  EXPECT_NE(messages[2].find("8 request '1101' is written twice (first at line 7)"),
-            std::string::npos);
-
-  Scenario library(toWideString(path.c_str()));
-  ASSERT_TRUE(library.load());
-  const std::pair<const char *, const char *> answers[] = {
-      {"22F187", "BB"}, {"22F1AB", "BB"}, {"3E00", "DD"}, {"1101", "FF"}};
-  for (const auto &[request, answer] : answers)
-    EXPECT_EQ(libraryAnswer(library, request), answer) << request;
-}
-
 // Random scenarios of overlapping patterns, some sharing a bucket: the
 // findings predict the library's answer to every literal request.
 TEST(CliCheck, RandomScenarios_FindingsPredictTheLibrarysAnswers) {

@@ -1,6 +1,7 @@
-// The example bench is the data testers copy: its ECU entries must be
-// complete and its scenarios must answer the diagnostic services they
-// document, read by the library's own scenario and ECU code.
+// The example bench is the data testers copy: its scenarios must answer the
+// diagnostic services they document, read by the library's own scenario and
+// ECU code. (Incomplete ECU entries and misspelt typed answers are what
+// `cansimu check` finds, and it must find nothing in the examples.)
 #include "ecu/SimuECU.h"
 #include "platform/CodePage.h"
 #include "platform/TDomData.h"
@@ -10,11 +11,8 @@
 #include <ace/Containers_T.h>
 
 #include <cstdlib>
-#include <iterator>
 #include <map>
 #include <memory>
-#include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -44,10 +42,6 @@ std::string content(const TDomData &element) {
   element.getContent(text);
   return narrow(text);
 }
-std::set<std::string> words(const std::string &text) {
-  std::istringstream in(text);
-  return {std::istream_iterator<std::string>(in), std::istream_iterator<std::string>()};
-}
 
 class CliExampleBench : public ::testing::Test {
 protected:
@@ -69,22 +63,10 @@ protected:
 
 } // namespace
 
-TEST_F(CliExampleBench, Ecus_ThreeCompleteEntriesWithDistinctIdentifiers) {
-  const std::vector<TDomData> entries = elements("bench.xml", "UCE");
-  ASSERT_EQ(entries.size(), 3u);
-  std::set<std::string> identifiers;
-  for (const TDomData &entry : entries) {
-    for (const char *name : {"scenario", "targetAddress", "idRx", "idTx"})
-      EXPECT_FALSE(attribute(entry, name).empty()) << name << " is required";
-    identifiers.insert({attribute(entry, "idTx"), attribute(entry, "idRx")});
-  }
-  EXPECT_EQ(identifiers.size(), 6u) << "every identifier belongs to one ECU";
-  EXPECT_EQ(attribute(entries[0], "idTx"), "7E0");
-  EXPECT_EQ(attribute(entries[0], "idRx"), "7E8");
-}
-
 // Each ECU loads its scenario and opens its dialog, or it answers nothing.
 // The requests go in order, so rotating answers come in their rotation.
+// (The VIN, the engine's speed rotation and the typed answers of test_session.py
+// are not repeated here.)
 TEST_F(CliExampleBench, Scenarios_AnswerTheServicesTheyDocument) {
   const struct {
     const char *scenario, *request;
@@ -92,26 +74,19 @@ TEST_F(CliExampleBench, Scenarios_AnswerTheServicesTheyDocument) {
   } exchanges[] = {
       {"engine.xml", "1003", "5003003201F4"},
       {"engine.xml", "3E00", "7E00"},
-      {"engine.xml", "22F190", "62F19056463153494D5530303030303030303432"},
       {"engine.xml", "1002", "7F1022"}, // the written negative response
       // "*" takes any status mask, "?" any identifier of a range.
       {"engine.xml", "1902FF", "5902FF0301002F01280028"},
       {"engine.xml", "190208", "5902FF0301002F01280028"},
       {"engine.xml", "22F40D", "7F2231"},
-      {"engine.xml", "22DD01", "62DD010320"},
-      {"engine.xml", "22DD01", "62DD010B54"},
-      {"engine.xml", "22DD01", "62DD011770"},
-      {"engine.xml", "22DD01", "62DD010320"},
       {"engine.xml", "2701", "670112345678"},
       {"engine.xml", "2702EDCBA987", "6702"},
       {"engine.xml", "270200000000", "7F2711"}, // a wrong key gets the bench's code
       {"gateway.xml", "1902FF", "5902FFC1000009C1400008"},
-      {"gateway.xml", "2EF1980102", "CHN_TYPE_SEND_FAILED_TIMEOUT,00,cTimeOut"},
       {"gateway.xml", "22DD10", "62DD100C"},
       {"gateway.xml", "22DD10", "62DD1023"},
       {"body.xml", "2FD0010301", "6FD0010301"},
       {"body.xml", "22D1FF", "7F2231"},
-      {"body.xml", "1101", "CHN_TYPE_RCV_FAILED_NO_RESPONSE"},
       {"body.xml", "3F00", "7F3F11"}, // an unknown service
   };
   for (const auto &exchange : exchanges) {
@@ -119,38 +94,4 @@ TEST_F(CliExampleBench, Scenarios_AnswerTheServicesTheyDocument) {
     ecus.at(exchange.scenario)->getResponse(wide(exchange.request), response, true);
     EXPECT_EQ(narrow(response), exchange.answer) << exchange.scenario << " " << exchange.request;
   }
-}
-
-// A typed answer with a misspelt type or code would silently fall back to a
-// plain success, so every name in the bench must be one the exchange knows.
-TEST_F(CliExampleBench, TypedAnswers_UseOnlyKnownEventTypesAndResultCodes) {
-  const std::set<std::string> types = words(
-      "CHN_TYPE_ENDFIFO CHN_TYPE_CRSNDDIAGFRAME CHN_TYPE_SEND_FAILED_LOSSOFCOM "
-      "CHN_TYPE_SEND_FAILED_CRNEG CHN_TYPE_SEND_FAILED_TIMEOUT "
-      "CHN_TYPE_SEND_FAILED_INTERNAL_DRIVER_ERROR CHN_TYPE_RCV_CORRUPTED_FRAME "
-      "CHN_TYPE_RCV_STARTOK_NOTCOMPLIANT CHN_TYPE_REQ_1_0_EMITTED CHN_TYPE_RCV_FAILED_TIMEOUT "
-      "CHN_TYPE_RCV_SUCCESS CHN_TYPE_RCV_SUCCESS_BUT_UNEXPECTED CHN_TYPE_RCV_FAILED_NO_RESPONSE "
-      "CHN_TYPE_END_OF_RCV");
-  const std::set<std::string> codes = words(
-      "cOk cNok cTimeOut cErreurParametre cCodeCommandeInvalide cCommandeNonImplementee "
-      "cLongueurDonneesInvalide cParametreInvalide cErreurEcriture cErreurLecture "
-      "cIdCanInvalide cOctetFiInvalide cBusOff cErreurPassiveBus cModeIncompatible cBrpInvalide "
-      "cTseg1Invalide cTseg2Invalide cSamInvalide cSjwInvalide cMTypeInvalide cTaTypeInvalide "
-      "cAbonneInconnu cErreurUsb cTimeOutOctet cTimeOutTrame cErreurCypress "
-      "cLongueursIncoherentes cLongueurTrameFausse cLongueurTrameInvalide cTypeTrameInvalide");
-  unsigned typed = 0;
-  for (const char *scenario : {"engine.xml", "gateway.xml", "body.xml"})
-    for (const TDomData &frame : elements(scenario, "TRAME")) {
-      const std::string text = content(frame);
-      if (text.rfind("CHN_TYPE_", 0) != 0)
-        continue;
-      ++typed;
-      const size_t comma = text.find(',');
-      EXPECT_EQ(types.count(text.substr(0, comma)), 1u) << text;
-      const size_t second = comma == std::string::npos ? comma : text.find(',', comma + 1);
-      if (second != std::string::npos) {
-        EXPECT_EQ(codes.count(text.substr(second + 1)), 1u) << text;
-      }
-    }
-  EXPECT_GE(typed, 3u);
 }

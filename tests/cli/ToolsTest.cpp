@@ -118,11 +118,6 @@ TEST(CliInjections, ReadInjection_ChecksNamesValuesAndTypesAndSaysWhatHappens) {
   }
 }
 
-TEST(CliCodes, Texts_NumberAStatusWithoutANameAndKeepEachQueuesOwnTypes) {
-  EXPECT_EQ(statusText(5), "status 5");
-  EXPECT_EQ(driverEventName(DEV_TYPE_RESET), nullptr) << "each queue has its own types";
-}
-
 TEST(CliRecords, DeviceEvents_DescribeThePayloadOfTheirType) {
   // A progress event carries its value in the data word, not behind it.
   EXPECT_EQ(describeDeviceEvent(deviceEvent(DEV_TYPE_PROGRESS, reinterpret_cast<void *>(44))),
@@ -180,9 +175,6 @@ TEST(CliFrames, RequestTexts_JoinWordsOfOneByteEachOnly) {
 // answer names the service and the code it refuses with.
 TEST(CliFrames, AnswerMeaning_NamesServiceAndNegativeCode) {
   const std::pair<Bytes, std::string> answers[] = {
-      {{0x62, 0xF1, 0x90}, "positive ReadDataByIdentifier"},
-      {{0x7E, 0x00}, "positive TesterPresent"},
-      {{0x7F, 0x22, 0x31}, "negative ReadDataByIdentifier: requestOutOfRange (0x31)"},
       {{0x7F, 0x10, 0x80}, "negative DiagnosticSessionControl: code (0x80)"},
       {{0x7F, 0x3F}, "negative service 0x3F"},
       {{0x22, 0xF1}, ""},

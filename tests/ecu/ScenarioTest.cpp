@@ -124,22 +124,6 @@ TEST_F(SimuECUTest, Construction_OnAnUnreachableFileLeavesAnEcuSilentForGood) {
   EXPECT_EQ(answer(ecu, "2201"), kNoAnswer) << "not even a negative response";
 }
 
-TEST_F(SimuECUTest, GetResponse_AnswersUnknownRequestsWithTheNegativeCodeOnlyWhenAsked) {
-  auto ecu = ecuOn(ScenarioFile().event("1003", {"5003"}).xml());
-  EXPECT_EQ(answer(*ecu, "1003"), "5003") << "no OPENDIALOG entry: open";
-  EXPECT_EQ(answer(*ecu, "2201"), "7F2280");
-  EXPECT_EQ(answer(*ecu, "2201", false), kNoAnswer);
-  EXPECT_EQ(answer(*ecu, "1003", false), "5003");
-
-  ecu = ecuOn(ScenarioFile().event("1003", {"5003"}).xml(), "31");
-  EXPECT_EQ(answer(*ecu, "3101FF00"), "7F3131");
-  EXPECT_EQ(answer(*ecu, ""), "31") << "an empty request gets the code alone";
-  EXPECT_EQ(answer(*ecu, "3"), "31");
-
-  ecu = ecuOn("not a scenario", "11");
-  EXPECT_EQ(answer(*ecu, "1003"), "7F1011") << "a file that is no XML still makes a scenario";
-}
-
 TEST_F(SimuECUTest, Dialog_OnlyTheExactTextFalseClosesItUntilTheFileIsEdited) {
   for (const char *text : {"false", "False", "FALSE ", "", "0"})
     EXPECT_TRUE(ecuOn(dialog({text}))->isDialogOpen()) << "'" << text << "'";

@@ -35,15 +35,6 @@ protected:
 
 } // namespace
 
-TEST_F(TDomDataTest, Load_ThatFailsDropsTheDocumentLoadedBefore) {
-  TDomData node = loadText("<A/>");
-  ASSERT_FALSE(node.isNull());
-  node.load(toWideString(dir.file("nothing-here.xml").c_str()));
-  EXPECT_TRUE(node.isNull());
-  ACE_Array<TDomData> found;
-  EXPECT_FALSE(node.getSubNodesByTagName(L"A", found, true));
-}
-
 // Copies share the document: found nodes stay readable after the node they
 // came from is gone (checked by the address sanitizer too).
 TEST_F(TDomDataTest, NodesOutliveTheDocumentNodeTheyCameFrom) {

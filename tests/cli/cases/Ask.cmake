@@ -52,9 +52,6 @@ cli_case(EXIT 0 ARGS ask ${DATA}/broken-scenario.xml 10 1001 EXPECT
 # Bad input: one line naming the argument or the file.
 cli_case(EXIT 2 ARGS ask ${bench} nobody 1001 EXPECT
   "^cansimu: unknown ECU 'nobody' \\(the bench's ECUs: 0x10 engine, 0x01 gateway, 0x40 body\\)")
-cli_case(EXIT 2 ARGS ask ${bench} engine 22F19 EXPECT
-  "^cansimu: request '22F19' has an odd number of hex digits")
-cli_case(EXIT 2 ARGS ask ${bench} engine 22G190 EXPECT "^cansimu: request '22G190' is not hex")
 cli_case(EXIT 2 ARGS ask ${bench} engine --frame 22F190AABBCCDDEEFF EXPECT
   "^cansimu: request '22F190AABBCCDDEEFF' is longer than a CAN frame \\(8 bytes\\)")
 cli_case(EXIT 2 ARGS ask ${bench} engine EXPECT
