@@ -2,6 +2,7 @@
 
 #include "api/InjectionTable.h"
 #include "core/LogMessage.h"
+#include "core/NumberText.h"
 #include "core/SessionReport.h"
 #include "platform/CodePage.h"
 
@@ -16,9 +17,8 @@ bool ExportCall::takeArmed(ACE_UINT32 &status, ACE_UINT8 &detail) {
 
 void noteArmedStatus(const char *exportName, ACE_UINT32 status, ACE_UINT8 detail) {
   if (logIsRead())
-    logMessage(L"Armed status: " + toWideString(exportName) + L" answered " +
-               ACE_WString(std::to_wstring(status).c_str()) + L", detail " +
-               ACE_WString(std::to_wstring(detail).c_str()));
+    logMessage(L"Armed status: " + toWideString(exportName) + L" answered " + decimalText(status) +
+               L", detail " + decimalText(detail));
   SessionReport::armedStatus(exportName, status, detail);
 }
 

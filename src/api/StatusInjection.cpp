@@ -2,6 +2,7 @@
 
 #include "api/InjectionTable.h"
 #include "core/LogMessage.h"
+#include "core/NumberText.h"
 #include "core/SessionReport.h"
 #include "core/SimuDriver.h"
 #include "device/SimuDevice.h"
@@ -51,9 +52,8 @@ StatusInjection::Outcome StatusInjection::injectNext(const char *name, ACE_UINT3
                                                                          : Outcome::NotArmed;
   }
   if (logIsRead())
-    logMessage(L"Injected event: " + toWideString(name) + L" type " +
-               ACE_WString(std::to_wstring(type).c_str()) + L", detail " +
-               ACE_WString(std::to_wstring(detailByte).c_str()));
+    logMessage(L"Injected event: " + toWideString(name) + L" type " + decimalText(type) +
+               L", detail " + decimalText(detailByte));
   SessionReport::injectedEvent(name, type);
   return Outcome::EventInjected;
 }

@@ -370,8 +370,8 @@ void SimuChannel::queueAnswer(const CAN_DiagMsg *request, const ACE_WString &res
       }
       if (count > kMaxFrameBytes) {
         logMessage(L"[" + identifierText(ecu.idRx) + L"]  Answer to " +
-                   fittedLine(requestText, kLineCapacity) + L" holds " +
-                   ACE_WString(std::to_wstring(count).c_str()) + L" bytes: cut to 4095");
+                   fittedLine(requestText, kLineCapacity) + L" holds " + decimalText(count) +
+                   L" bytes: cut to 4095");
         count = kMaxFrameBytes;
       }
       result->frameLength = static_cast<ACE_UINT16>(count);

@@ -2,6 +2,7 @@
 
 #include "core/HexText.h"
 #include "core/LogMessage.h"
+#include "core/NumberText.h"
 #include "ecu/AnswerNotes.h"
 #include "ecu/SimuECU.h"
 
@@ -31,8 +32,7 @@ SimuChannel::~SimuChannel() {
 CAN_STATUS SimuChannel::configure(const CAN_ChnConfigRec &record) {
   if (record.startFrame == nullptr && record.startFrameLength != 0) {
     logMessage(L"CAN_ChnConfig: the start frame pointer is null for a frame of " +
-               ACE_WString(std::to_wstring(record.startFrameLength).c_str()) +
-               L" bytes: configuration refused");
+               decimalText(record.startFrameLength) + L" bytes: configuration refused");
     return E_INVALID;
   }
   const ACE_WString startText = bytesToWideHex(record.startFrame, record.startFrameLength);

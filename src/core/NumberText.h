@@ -23,6 +23,6 @@ DecimalReading readDecimal(const ACE_WString &text);
 inline float decimalNumber(const ACE_WString &text) { return readDecimal(text).value; }
 
 // A number in decimal digits, for log lines.
-inline ACE_WString decimalText(ACE_UINT32 value) {
+inline ACE_WString decimalText(unsigned long long value) {
   return ACE_WString(std::to_wstring(value).c_str());
 }

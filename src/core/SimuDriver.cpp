@@ -2,6 +2,7 @@
 
 #include "core/BenchOutputs.h"
 #include "core/LogMessage.h"
+#include "core/NumberText.h"
 #include "device/SimuDevice.h"
 #include "platform/AppendBuffer.h"
 #include "platform/CodePage.h"
@@ -113,7 +114,7 @@ void SimuDriver::logConfigurationProblem(const ACE_WString &path,
                                          const TDomData::LoadProblem &problem, bool reread) {
   ACE_WString why = toWideString(problem.message.c_str());
   if (problem.line != 0)
-    why = L"line " + ACE_WString(std::to_wstring(problem.line).c_str()) + L": " + why;
+    why = L"line " + decimalText(problem.line) + L": " + why;
   logMessage(L"Configuration <" + path + (reread ? L"> re-read: " : L"> read: ") + why +
              (reread ? L": kept the previous one" : L": nothing applied"));
 }

@@ -2,13 +2,12 @@
 
 #include "core/LogMessage.h"
 #include "core/LogText.h"
+#include "core/NumberText.h"
 #include "platform/CodePage.h"
 
 #include <string>
 
 namespace {
-
-ACE_WString number(unsigned long value) { return ACE_WString(std::to_wstring(value).c_str()); }
 
 ACE_WString ecuText(const SimuECU &ecu) {
   return L"ECU " + identifierText(ecu.idTx) + L"/" + identifierText(ecu.idRx);
@@ -20,26 +19,27 @@ ACE_WString parseProblemText(const AnswerOrigin &origin) {
     return ACE_WString();
   ACE_WString text = L" (the scenario <" + origin.file + L"> does not parse";
   if (origin.problem.line != 0)
-    text += L": line " + number(origin.problem.line);
+    text += L": line " + decimalText(origin.problem.line);
   return text + L": " + toWideString(origin.problem.message.c_str()) + L")";
 }
 
 ACE_WString reasonText(const AnswerOrigin &origin, bool answered) {
   switch (origin.kind) {
   case AnswerOrigin::Kind::Entry:
-    return L"entry <" + origin.file + L">:" + number(origin.hit.line) + L" " + origin.hit.pattern +
-           L", response " + number(origin.hit.index) + L" of " + number(origin.hit.count);
+    return L"entry <" + origin.file + L">:" + decimalText(origin.hit.line) + L" " +
+           origin.hit.pattern + L", response " + decimalText(origin.hit.index) + L" of " +
+           decimalText(origin.hit.count);
   case AnswerOrigin::Kind::NoEntry:
     return (answered ? ACE_WString(L"no entry: negative fallback")
                      : ACE_WString(L"no entry: not answered on this channel")) +
            parseProblemText(origin);
   case AnswerOrigin::Kind::DialogClosed:
     return L"dialog closed: OPENDIALOG answered FALSE at <" + origin.file + L">:" +
-           number(origin.hit.line);
+           decimalText(origin.hit.line);
   case AnswerOrigin::Kind::State:
     return L"state <" + origin.file + L">: the declared state answered";
   case AnswerOrigin::Kind::Refused:
-    return L"refused for its state: entry <" + origin.file + L">:" + number(origin.hit.line) +
+    return L"refused for its state: entry <" + origin.file + L">:" + decimalText(origin.hit.line) +
            L" " + origin.hit.pattern + L" " + origin.stateful.refusal;
   case AnswerOrigin::Kind::NoScenario:
     break;
@@ -82,11 +82,12 @@ void noteAnswer(SimuECU &ecu, const ACE_WString &request, const AnswerOrigin &or
   if (logIsRead()) {
     // The line of every answer a scenario entry gave is joined in one go.
     if (origin.kind == AnswerOrigin::Kind::Entry)
-      logMessage(joinedLine(
-          {L"Answer source: ECU ", NumberPiece::hex(ecu.idTx), L"/", NumberPiece::hex(ecu.idRx),
-           L", request ", request, L": entry <", origin.file, L">:",
-           NumberPiece::decimal(origin.hit.line), L" ", origin.hit.pattern, L", response ",
-           NumberPiece::decimal(origin.hit.index), L" of ", NumberPiece::decimal(origin.hit.count)}));
+      logMessage(
+          joinedLine({L"Answer source: ECU ", NumberPiece::hex(ecu.idTx), L"/",
+                      NumberPiece::hex(ecu.idRx), L", request ", request, L": entry <", origin.file,
+                      L">:", NumberPiece::decimal(origin.hit.line), L" ", origin.hit.pattern,
+                      L", response ", NumberPiece::decimal(origin.hit.index), L" of ",
+                      NumberPiece::decimal(origin.hit.count)}));
     else
       logMessage(L"Answer source: " + ecuText(ecu) + L", request " + request + L": " +
                  reasonText(origin, answered));

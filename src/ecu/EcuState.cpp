@@ -1,4 +1,5 @@
 #include "ecu/EcuState.h"
+#include "core/NumberText.h"
 
 #include <algorithm>
 
@@ -81,8 +82,7 @@ void EcuState::readDids(const TDomData &state, std::vector<StateProblem> &proble
     unsigned length = 0;
     if (text.length() != 0 && (!readMilliseconds(text, length) || length != did.value.size())) {
       problems.push_back({node, L"length=\"" + text + L"\" does not match the value's " +
-                                    ACE_WString(std::to_wstring(did.value.size()).c_str()) +
-                                    L" bytes: DID ignored"});
+                                    decimalText(did.value.size()) + L" bytes: DID ignored"});
       continue;
     }
     text.clear();

@@ -3,6 +3,7 @@
 #include "core/CheckedArray.h"
 #include "core/HexText.h"
 #include "core/LogMessage.h"
+#include "core/NumberText.h"
 #include "platform/TDomData.h"
 
 #include <ace/Guard_T.h>
@@ -189,8 +190,8 @@ bool Scenario::parse(const ACE_WString &path) {
   state = EcuState::read(document, entriesHaveRules, problems);
   for (const StateProblem &problem : problems)
     logMessage(ACE_WString(L"Scenario <") + path + ACE_WString(L">:") +
-               ACE_WString(std::to_wstring(problem.where.sourceLine(lineStarts)).c_str()) +
-               ACE_WString(L" ") + problem.text);
+               decimalText(problem.where.sourceLine(lineStarts)) + ACE_WString(L" ") +
+               problem.text);
   return true;
 }
 

@@ -1,4 +1,5 @@
 #include "ecu/SecurityAccess.h"
+#include "core/NumberText.h"
 
 #include <algorithm>
 
@@ -65,8 +66,8 @@ bool SecurityAccess::readKeyRule(const ACE_WString &text, size_t seedLength, Key
     return false;
   }
   if (rule.kind != KeyRule::Kind::Fixed && rule.operand.size() != seedLength) {
-    why = L"has an operand of " + ACE_WString(std::to_wstring(rule.operand.size()).c_str()) +
-          L" bytes for seeds of " + ACE_WString(std::to_wstring(seedLength).c_str());
+    why = L"has an operand of " + decimalText(rule.operand.size()) + L" bytes for seeds of " +
+          decimalText(seedLength);
     return false;
   }
   return true;

@@ -8,6 +8,7 @@
 #include "core/HexText.h"
 #include "core/LogMessage.h"
 #include "core/LogText.h"
+#include "core/NumberText.h"
 #include "ecu/AnswerNotes.h"
 #include "ecu/SimuECU.h"
 #include "platform/CodePage.h"
@@ -46,8 +47,7 @@ CAN_STATUS SimuPort::sendTrame(const CAN_FramePort &frame) {
     return E_INVALID;
   // A CAN frame holds 8 data bytes; nothing past them is read.
   if (frame.length > kFrameBytes) {
-    logMessage(L"CAN_PrtSendTrame: frame length " +
-               ACE_WString(std::to_wstring(frame.length).c_str()) +
+    logMessage(L"CAN_PrtSendTrame: frame length " + decimalText(frame.length) +
                L" is above 8 bytes: frame refused");
     return E_NULL_POINTER;
   }
@@ -171,8 +171,7 @@ bool SimuPort::enqueueResponseAfter(ACE_UINT32 canId, const ACE_WString &respons
     logFrameLine(canId, L"Response not enqueued on port");
     return false;
   }
-  logFrameLine(canId, L"Response scheduled on port in ",
-               ACE_WString(std::to_wstring(delayMs).c_str()) + L" ms");
+  logFrameLine(canId, L"Response scheduled on port in ", decimalText(delayMs) + L" ms");
   return true;
 }
 

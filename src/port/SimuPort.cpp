@@ -3,6 +3,7 @@
 #include "channel/SimuChannel.h"
 #include "core/CodeNames.h"
 #include "core/LogMessage.h"
+#include "core/NumberText.h"
 #include "ecu/SimuECU.h"
 
 #include <ace/Guard_T.h>
@@ -50,8 +51,6 @@ template <class From, class To> void copySixParameters(const From &from, To &to)
   to.param5 = from.param5;
   to.param6 = from.param6;
 }
-
-ACE_WString decimal(size_t value) { return ACE_WString(std::to_wstring(value).c_str()); }
 
 } // namespace
 
@@ -196,7 +195,7 @@ CAN_STATUS SimuPort::loadAssocTable(const CAN_AssocTable &table, AssocResult &re
     return E_BOARD_ERROR_1;
   }
   if (table.entries == nullptr) {
-    logMessage(L"CAN_PrtLoadAssocTable: the table holds " + decimal(table.count) +
+    logMessage(L"CAN_PrtLoadAssocTable: the table holds " + decimalText(table.count) +
                L" entries but its entry pointer is null");
     return E_NULL_POINTER;
   }
@@ -206,7 +205,7 @@ CAN_STATUS SimuPort::loadAssocTable(const CAN_AssocTable &table, AssocResult &re
   if (bytes <= std::numeric_limits<size_t>::max())
     copy.reset(new (std::nothrow) CAN_AssocEntry[table.count]);
   if (!copy) {
-    logMessage(L"CAN_PrtLoadAssocTable: no memory for a table of " + decimal(table.count) +
+    logMessage(L"CAN_PrtLoadAssocTable: no memory for a table of " + decimalText(table.count) +
                L" entries");
     return E_INVALID;
   }
@@ -272,7 +271,7 @@ CAN_STATUS SimuPort::enumerateChannels(CAN_EnumList &list) const {
   auto *records =
       static_cast<CAN_ChnInfo *>(std::calloc(count == 0 ? 1 : count, sizeof(CAN_ChnInfo)));
   if (records == nullptr) {
-    logMessage(L"CAN_ChnEnumerate: no memory for " + decimal(count) + L" channel records");
+    logMessage(L"CAN_ChnEnumerate: no memory for " + decimalText(count) + L" channel records");
     return E_INVALID;
   }
   size_t i = 0;
